@@ -1,0 +1,1 @@
+// Gives the precompiled headers a source file to belong to.
