@@ -1,0 +1,203 @@
+#include "cli/Console.h"
+
+#include "core/base/Describe.h"
+#include "core/base/TerminalText.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace harbor::cli {
+
+namespace {
+
+constexpr std::string_view eraseLine = "\r\x1b[K";
+
+bool isSet(char const* variable)
+{
+    auto const* value = std::getenv(variable);
+    return value && *value;
+}
+
+/// A terminal that knows escape sequences.
+bool isCapableTerminal(int descriptor)
+{
+    auto const* terminal = std::getenv("TERM");
+    return ::isatty(descriptor) && terminal && *terminal && std::string_view(terminal) != "dumb";
+}
+
+std::string_view sequence(Style style)
+{
+    switch (style) {
+    case Style::plain:
+        return "";
+    case Style::bold:
+        return "\x1b[1m";
+    case Style::dim:
+        return "\x1b[2m";
+    case Style::red:
+        return "\x1b[31m";
+    case Style::green:
+        return "\x1b[32m";
+    case Style::yellow:
+        return "\x1b[33m";
+    }
+    return "";
+}
+
+std::string withStyle(std::string_view text, Style style, bool colours)
+{
+    if (!colours || style == Style::plain)
+        return std::string(text);
+    return std::string(sequence(style)) + std::string(text) + "\x1b[0m";
+}
+
+void write(std::FILE* file, std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), file); }
+
+/// A cell stays on its line.
+std::string cellText(std::string_view text)
+{
+    auto result = withoutControlSequences(text);
+    std::ranges::replace(result, '\n', ' ');
+    std::ranges::replace(result, '\t', ' ');
+    return result;
+}
+
+}  // namespace
+
+Console::Console()
+    : coloursOutput_(isCapableTerminal(STDOUT_FILENO) && !isSet("NO_COLOR"))
+    , coloursErrors_(isCapableTerminal(STDERR_FILENO) && !isSet("NO_COLOR"))
+    , hasLiveTerminal_(isCapableTerminal(STDERR_FILENO))
+{
+}
+
+void Console::print(std::string_view line)
+{
+    clearLiveLine();
+    write(stdout, line);
+    write(stdout, "\n");
+}
+
+void Console::printBytes(std::string_view bytes)
+{
+    clearLiveLine();
+    write(stdout, bytes);
+    std::fflush(stdout);
+}
+
+void Console::printJson(Json const& document) { print(prettyJson(document)); }
+
+void Console::printTable(std::vector<Row> const& rows)
+{
+    std::vector<std::size_t> widths;
+    for (auto const& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], displayWidth(cellText(row[i].text)));
+    }
+    for (auto const& row : rows) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            auto const text = cellText(row[i].text);
+            line += styled(text, row[i].style);
+            if (i + 1 < row.size())
+                line.append(widths[i] - displayWidth(text) + 2, ' ');
+        }
+        print(line);
+    }
+}
+
+void Console::printError(std::string_view bytes)
+{
+    clearLiveLine();
+    write(stderr, bytes);
+}
+
+void Console::note(std::string_view line)
+{
+    if (!quiet)
+        writeErrorLine(line);
+}
+
+void Console::hint(std::string_view line)
+{
+    if (::isatty(STDERR_FILENO))
+        note(line);
+}
+
+void Console::warn(std::string_view text)
+{
+    writeErrorLine("twkb: " + styledForErrors("warning:", Style::yellow) + " " + std::string(text));
+}
+
+void Console::fail(std::string_view text) { writeErrorLine("twkb: " + std::string(text)); }
+
+void Console::setLiveLine(std::string line)
+{
+    if (!hasLiveTerminal_ || line == liveLine_)
+        return;
+    std::fflush(stdout);
+    write(stderr, std::string(eraseLine) + line);
+    liveLine_ = std::move(line);
+}
+
+std::size_t Console::width() const
+{
+    winsize size {};
+    if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
+        return 80;
+    return size.ws_col;
+}
+
+bool Console::canAsk() const { return ::isatty(STDIN_FILENO) != 0; }
+
+void Console::question(std::string_view text)
+{
+    clearLiveLine();
+    std::fflush(stdout);
+    write(stderr, text);
+    write(stderr, " ");
+}
+
+std::string Console::styled(std::string_view text, Style style) const
+{
+    return withStyle(text, style, coloursOutput_);
+}
+
+std::string Console::styledForErrors(std::string_view text, Style style) const
+{
+    return withStyle(text, style, coloursErrors_);
+}
+
+bool Console::finish()
+{
+    clearLiveLine();
+    errno = 0;
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return true;
+    fail("Standard output: " + describeErrno(errno ? errno : EIO));
+    return false;
+}
+
+void Console::writeErrorLine(std::string_view line)
+{
+    auto const live = liveLine_;
+    clearLiveLine();
+    std::fflush(stdout);
+    write(stderr, std::string(line) + "\n");
+    if (!live.empty())
+        setLiveLine(live);
+}
+
+void Console::clearLiveLine()
+{
+    if (liveLine_.empty())
+        return;
+    write(stderr, eraseLine);
+    liveLine_.clear();
+}
+
+}  // namespace harbor::cli

@@ -1,0 +1,163 @@
+#include "cli/Context.h"
+
+#include "core/base/Clock.h"
+#include "core/base/Describe.h"
+#include "core/base/Paths.h"
+
+#include <boost/asio/co_spawn.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <unistd.h>
+
+namespace harbor::cli {
+
+namespace {
+
+/// After Ctrl-C: most commands end sooner, and then there is nothing to say.
+constexpr auto noticeDelay = std::chrono::milliseconds(300);
+
+/// How long to wait before asking again whether another process has finished creating its site, in seconds.
+constexpr auto turnInterval = 0.2;
+
+std::string listed(std::vector<Site> const& sites)
+{
+    std::string result;
+    for (auto const& site : sites)
+        result += "\n  " + site.slug + "  \"" + site.name + "\"  " + site.id.text();
+    return result;
+}
+
+/// An action may already fail before its coroutine exists.
+awaitable<int> runAction(Context::Action action) { co_return co_await action(); }
+
+}  // namespace
+
+Context::Context()
+    : interrupts_(io_)
+    , patience_(io_)
+{
+}
+
+SiteStore& Context::sites()
+{
+    if (!sites_) {
+        sites_.emplace();
+        if (auto const& error = sites_->loadError())
+            console_.warn("The list of sites in " + SiteStore::storeURL()
+                + " is damaged and counts as empty: " + *error);
+    }
+    return *sites_;
+}
+
+SiteLifecycle& Context::lifecycle()
+{
+    if (!lifecycle_)
+        lifecycle_.emplace();
+    return *lifecycle_;
+}
+
+Site Context::findSite(std::string const& text)
+{
+    auto const id = Uuid::parse(text);
+    std::vector<Site> found;
+    std::ranges::copy_if(sites().sites(), std::back_inserter(found),
+        [&](Site const& site) { return site.slug == text || site.name == text || (id && site.id == *id); });
+
+    if (found.size() == 1)
+        return found.front();
+    if (found.size() > 1)
+        throw CommandError("\"" + text + "\" fits several sites; name one by its id:" + listed(found));
+    if (sites().sites().empty())
+        throw CommandError("No site is called \"" + text + "\"; there are no sites yet.");
+    throw CommandError("No site is called \"" + text + "\". The sites are:" + listed(sites().sites()));
+}
+
+awaitable<FileLock> Context::turnToCreate()
+{
+    createDirectories(Paths::applicationSupport());
+    auto const path = Paths::applicationSupport() + "/create.lock";
+    auto turn = FileLock::tryToTake(path);
+    if (!turn)
+        console_.hint("Waiting for another site to be created first.");
+    while (!turn) {
+        co_await Clock::system().sleep(turnInterval);
+        turn = FileLock::tryToTake(path);
+    }
+    sites().reload();
+    co_return std::move(*turn);
+}
+
+void Context::changeSites(std::function<void(SiteStore&)> const& change)
+{
+    std::optional<FileLock> lock;
+    try {
+        lock = FileLock::take(SiteStore::storeURL() + ".lock");
+    } catch (FileError const& error) {
+        throw CommandError("The list of sites could not be saved: " + describe(error));
+    }
+    sites().reload();  // Another process may have changed the list while this one was at work.
+    change(sites());
+    if (auto const& copy = sites().damagedCopy())
+        console_.warn("The damaged list of sites was kept as " + *copy);
+    if (auto const& error = sites().lastSaveError())
+        throw CommandError("The list of sites could not be saved: " + *error);
+}
+
+int Context::run()
+{
+    std::exception_ptr failure;
+    auto code = ExitCode::failed;
+    listenForInterrupts();
+    asio::co_spawn(io_, runAction(action_), [&](std::exception_ptr const& thrown, int result) {
+        failure = thrown;
+        code = result;
+        io_.stop();
+    });
+    io_.run();
+
+    if (failure)
+        code = exitCodeAfter(failure);
+    if (!console_.finish() && code == ExitCode::done)
+        code = ExitCode::failed;
+    return code;
+}
+
+/// The first signal asks for an orderly end, the second one takes it.
+void Context::listenForInterrupts()
+{
+    interrupts_.add(SIGINT);
+    interrupts_.add(SIGTERM);
+    interrupts_.async_wait([this](boost::system::error_code const& error, int) {
+        if (error)
+            return;
+        stop_.request_stop();
+        patience_.expires_after(noticeDelay);
+        patience_.async_wait([this](boost::system::error_code const&) {
+            console_.note("Stopping at the next safe point; Ctrl-C again ends at once.");
+        });
+        interrupts_.async_wait([](boost::system::error_code const& ended, int) {
+            if (!ended)
+                ::_exit(ExitCode::interrupted);
+        });
+    });
+}
+
+int Context::exitCodeAfter(std::exception_ptr const& failure)
+{
+    auto code = ExitCode::failed;
+    try {
+        std::rethrow_exception(failure);
+    } catch (Interrupted const&) {
+        return ExitCode::interrupted;
+    } catch (CommandError const& error) {
+        code = error.exitCode();
+    } catch (...) {
+        code = ExitCode::failed;
+    }
+    console_.fail(describe(failure));
+    return stop_.stop_requested() ? ExitCode::interrupted : code;
+}
+
+}  // namespace harbor::cli

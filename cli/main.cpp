@@ -1,0 +1,72 @@
+#include "cli/Commands.h"
+#include "cli/Help.h"
+#include "core/protocol/SyncClient.h"
+#include "core/site/ShellRunner.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace harbor::cli;
+
+/// The words of the command that was being parsed.
+std::string wordsOf(CLI::App const& command)
+{
+    auto const parsed = command.get_subcommands();
+    return parsed.empty() ? "" : " " + parsed.front()->get_name() + wordsOf(*parsed.front());
+}
+
+/// Takes "--" and what follows out of the words of "wp", for the command to pass on: the parser would hand
+/// them to the program.
+std::vector<std::string> takeWordsBehindMark(std::vector<std::string>& words)
+{
+    auto const first
+        = std::ranges::find_if(words, [](std::string const& word) { return !word.starts_with('-'); });
+    if (first == words.end() || *first != "wp")
+        return {};
+    auto const mark = std::find(first, words.end(), "--");
+    std::vector<std::string> taken(mark, words.end());
+    words.erase(mark, words.end());
+    return taken;
+}
+
+/// Parses the words and runs the command that they choose.
+int runProgram(int argumentCount, char** arguments)
+{
+    Context context;
+    CLI::App program { "Local WordPress sites in Docker, in step with their remotes", "twkb" };
+    program.formatter(std::make_shared<HelpFormatter>());
+    program.set_version_flag("--version", "twkb " HARBOR_VERSION, "Print the version");
+    addCommands(program, context);
+
+    if (argumentCount < 2) {
+        std::cerr << program.help();
+        return ExitCode::usage;
+    }
+    std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+    context.wordsBehindMark = takeWordsBehindMark(words);
+    std::ranges::reverse(words);  // The parser takes them from the back.
+    try {
+        program.parse(words);
+    } catch (CLI::Success const& asked) {  // Help or the version.
+        return program.exit(asked);
+    } catch (CLI::ParseError const& error) {
+        context.console().fail(error.what());
+        context.console().note("Try: twkb help" + wordsOf(program));
+        return ExitCode::usage;
+    }
+    // The program's own input is for its questions; children such as `docker compose exec` would drain it.
+    harbor::ShellRunner::shared().detachStandardInput();
+    // Standard output is for results; who wants JSON or silence wants no debug lines either.
+    auto const& console = context.console();
+    harbor::SyncClient::printDebugLinesTo(console.json || console.quiet ? nullptr : stderr);
+    return context.run();
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) { return runProgram(argumentCount, arguments); }

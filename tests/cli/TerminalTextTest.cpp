@@ -1,0 +1,46 @@
+#include "core/base/TerminalText.h"
+#include "cli/SiteReport.h"
+
+#include <gmock/gmock.h>
+
+namespace harbor {
+
+using namespace testing;
+
+TEST(TerminalText, controlSequencesAreLeftOut)
+{
+    EXPECT_EQ(withoutControlSequences("a\x1b[2K\x1b[1;31mb\x1b[0m"), "ab");
+    EXPECT_EQ(withoutControlSequences("a\x1b]0;title\ab"), "ab");
+    EXPECT_EQ(withoutControlSequences("a\x1b]0;title\x1b\\b"), "ab");
+    EXPECT_EQ(withoutControlSequences("a\x1b(Bb\x1b"
+                                      "7c"),
+        "abc");
+    EXPECT_EQ(withoutControlSequences("a\r\b\x7f\tb\n"), "a\tb\n");
+    EXPECT_EQ(withoutControlSequences("cut off \x1b[3"), "cut off ");
+}
+
+TEST(TerminalText, wideCharactersTakeTwoColumnsAndMarksNone)
+{
+    EXPECT_EQ(displayWidth("abc"), 3u);
+    EXPECT_EQ(displayWidth("Größe"), 5u);
+    EXPECT_EQ(displayWidth("港口"), 4u);
+    EXPECT_EQ(displayWidth("e\u0301"), 1u);
+}
+
+TEST(TerminalText, aLongPathKeepsItsEnd)
+{
+    EXPECT_EQ(shortenedAtStart("themes/a.css", 12), "themes/a.css");
+    EXPECT_EQ(shortenedAtStart("themes/a.css", 6), "…a.css");
+    EXPECT_EQ(shortenedAtStart("港口港口", 4), "…口");
+    EXPECT_EQ(shortenedAtStart("abc", 0), "");
+}
+
+TEST(Uptime, showsTheTwoLargestUnits)
+{
+    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(59)), "59s");
+    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(3599)), "59m 59s");
+    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(3600)), "1h 0m");
+    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(90'000)), "1d 1h");
+}
+
+}  // namespace harbor

@@ -1,0 +1,230 @@
+#include "core/base/Json.h"
+#include "core/base/Sha256.h"
+#include "core/site/ShellRunner.h"
+#include "core/site/SiteStore.h"
+#include "tests/support/FileTree.h"
+#include "tests/support/RunToEnd.h"
+#include "tests/support/TemporaryHome.h"
+#include "tests/support/TestRemote.h"
+
+#include <gmock/gmock.h>
+
+namespace harbor {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// The real `twkb` in a home of its own, with one site that is linked to a remote.
+class SyncCommands : public testing::Test {
+protected:
+    SyncCommands()
+    {
+        ShellRunner::shared().detachStandardInput();
+        createDirectories(root);
+        writeFile(keyFile, remote.key() + "\n");
+        link(RemoteEnvironment::staging);
+    }
+
+    void link(RemoteEnvironment environment)
+    {
+        site.remoteSyncConfig = RemoteSyncConfig {
+            .remoteURL = remote.url(), .apiKeyRef = remote.url(), .environment = environment
+        };
+        SiteStore store;
+        if (store.sites().empty())
+            store.add(site);
+        else
+            store.update(site);
+    }
+
+    ShellResult twkb(std::vector<std::string> words)
+    {
+        return runToEnd(context, ShellRunner::shared().run(HARBOR_TWKB, std::move(words)));
+    }
+    ShellResult sync(std::vector<std::string> words)
+    {
+        words.insert(words.end(), { "--key-file", keyFile });
+        return twkb(words);
+    }
+
+    TemporaryHome home;
+    TestRemote remote;
+    asio::io_context context;
+    Site site { "Shop", PHPVersion::php83, WebServer::apache, 8080, 4430, 33060 };
+    std::string root = site.wpContentPath();
+    std::string keyFile = home.path() + "/key";
+};
+
+TEST_F(SyncCommands, manifestPrintsTheFilesOfAFolder)
+{
+    writeFile(root + "/themes/a.css", "abc");
+    writeFile(root + "/languages/x.mo", "x");
+
+    auto const result = twkb({ "manifest", root, "--scope", "themes" });
+
+    EXPECT_EQ(result.exitCode, 0);
+    auto const files = parseJson(result.stdout);
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_EQ(files[0]["path"], "themes/a.css");
+    EXPECT_EQ(files[0]["hash"], "sha256:" + sha256Hex("abc"));
+    EXPECT_EQ(files[0]["size"], 3);
+    EXPECT_TRUE(files[0]["modified"].is_number_integer());
+    EXPECT_EQ(parseJson(twkb({ "manifest", root }).stdout).size(), 2U);
+    EXPECT_EQ(
+        parseJson(twkb({ "manifest", root, "--scope", "themes", "--scope", "plugins" }).stdout).size(), 1U);
+}
+
+TEST_F(SyncCommands, manifestOfAnEmptyFolderIsAnEmptyArray)
+{
+    EXPECT_EQ(parseJson(twkb({ "manifest", root }).stdout), Json::array());
+}
+
+TEST_F(SyncCommands, manifestRefusesAFolderThatIsMissingAndAScopeThatIsNone)
+{
+    EXPECT_EQ(twkb({ "manifest", root + "/missing" }).exitCode, 1);
+    EXPECT_EQ(twkb({ "manifest", root, "--scope", "posts" }).exitCode, 2);
+}
+
+TEST_F(SyncCommands, pushMovesTheChosenScopesAndLogsOnStandardError)
+{
+    writeFile(root + "/themes/a.css", "a");
+    writeFile(root + "/uploads/b.jpg", "b");
+
+    auto const result = sync({ "push", "shop", "--themes", "--yes" });
+
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+    EXPECT_EQ(result.stdout, "");
+    EXPECT_THAT(result.stderr, HasSubstr("] To upload: 1 files\n"));
+    EXPECT_THAT(result.stderr, HasSubstr("] Push completed successfully!\n"));
+    EXPECT_THAT(remote.files(), ElementsAre("themes/a.css"));
+}
+
+TEST_F(SyncCommands, pullMovesTheChosenScopesWithoutAQuestion)
+{
+    link(RemoteEnvironment::production);
+    remote.writeFile("plugins/p.php", "p");
+    remote.writeFile("uploads/b.jpg", "b");
+
+    auto const result = sync({ "pull", "shop", "--plugins" });
+
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+    EXPECT_THAT(readTree(root), ElementsAre(testing::Pair("plugins/p.php", "p")));
+}
+
+TEST_F(SyncCommands, theOutcomeIsOneDocumentAndTheProgressOneObjectALine)
+{
+    writeFile(root + "/themes/a.css", "abc");
+
+    auto const result = sync({ "push", "shop", "--themes", "--yes", "--json" });
+
+    auto const outcome = parseJson(result.stdout);
+    EXPECT_EQ(outcome["operation"], "push");
+    EXPECT_EQ(outcome["success"], true);
+    EXPECT_EQ(outcome["processedFiles"], 1);
+    EXPECT_EQ(outcome["transferredBytes"], 3);
+    EXPECT_THAT(result.stderr, HasSubstr("{\"log\":\"["));
+}
+
+TEST_F(SyncCommands, quietPrintsNothing)
+{
+    auto const result = sync({ "push", "shop", "--themes", "--yes", "--quiet" });
+
+    EXPECT_EQ(result.stdout, "");
+    EXPECT_EQ(result.stderr, "");
+}
+
+TEST_F(SyncCommands, aPushNeedsAgreementWhenThereIsNobodyToAsk)
+{
+    auto const result = sync({ "push", "shop", "--themes" });
+
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.stderr, HasSubstr("--yes"));
+    EXPECT_THAT(remote.requests(), IsEmpty());
+}
+
+TEST_F(SyncCommands, aProductionRemoteWantsItsHost)
+{
+    link(RemoteEnvironment::production);
+    writeFile(root + "/themes/a.css", "a");
+
+    EXPECT_EQ(sync({ "push", "shop", "--themes", "--yes" }).exitCode, 2);
+    auto const wrong = sync({ "push", "shop", "--themes", "--confirm-host", "localhost" });
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_THAT(wrong.stderr, HasSubstr("127.0.0.1"));
+    EXPECT_THAT(remote.requests(), IsEmpty());
+
+    EXPECT_EQ(sync({ "push", "shop", "--themes", "--confirm-host", " 127.0.0.1 " }).exitCode, 0);
+    EXPECT_TRUE(remote.hasFile("themes/a.css"));
+}
+
+TEST_F(SyncCommands, aFailureIsTheErrorsOwnText)
+{
+    remote.failOn("/manifest", Fault::answer(403, R"({"message":"Bad signature"})"));
+
+    auto const result = sync({ "pull", "shop", "--themes" });
+
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.stderr, HasSubstr("twkb: Authentication failed: Bad signature\n"));
+}
+
+TEST_F(SyncCommands, aDryRunOnlyReads)
+{
+    writeFile(root + "/themes/a.css", "abc");
+    writeFile(root + "/uploads/b.jpg", "b");
+    auto const before = readTree(home.path());
+
+    auto const result = sync({ "push", "shop", "--themes", "--uploads", "--dry-run", "--json" });
+
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+    auto const preview = parseJson(result.stdout);
+    EXPECT_EQ(preview["mode"], "archive");
+    EXPECT_EQ(preview["batches"], 2);
+    EXPECT_EQ(preview["files"], 2);
+    EXPECT_EQ(preview["bytes"], 4);
+    EXPECT_EQ(preview["database"], false);
+    EXPECT_EQ(preview["scopes"][0], (Json { { "scope", "themes" }, { "files", 1 }, { "bytes", 3 } }));
+    EXPECT_EQ(readTree(home.path()), before);
+    EXPECT_THAT(remote.files(), IsEmpty());
+    for (auto const& request : remote.requests())
+        EXPECT_EQ(request.method, "GET");
+}
+
+TEST_F(SyncCommands, aDryRunForPeopleNamesEachScope)
+{
+    remote.writeFile("uploads/b.jpg", "b");
+
+    auto const result = sync({ "pull", "shop", "--dry-run" });
+
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+    for (auto const* word : { "database", "themes", "plugins", "uploads", "Nothing was changed." })
+        EXPECT_THAT(result.stdout, HasSubstr(word));
+    EXPECT_THAT(readTree(root), IsEmpty());
+}
+
+TEST_F(SyncCommands, aSiteWithoutARemoteIsAnError)
+{
+    site.remoteSyncConfig.reset();
+    SiteStore().update(site);
+
+    auto const result = sync({ "push", "shop", "--yes" });
+
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.stderr, HasSubstr("has no remote"));
+}
+
+TEST_F(SyncCommands, aKeyFileWithoutAKeyIsAnError)
+{
+    writeFile(keyFile, " \n");
+
+    auto const result = sync({ "pull", "shop", "--themes" });
+
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.stderr, HasSubstr("There is no key in " + keyFile));
+    EXPECT_THAT(remote.requests(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace harbor
