@@ -1,0 +1,487 @@
+#include "app/Appearance.h"
+#include "app/CreateSiteView.h"
+#include "app/SidebarView.h"
+#include "app/SiteDetailView.h"
+#include "app/SiteLogsView.h"
+#include "app/WPCLIPanelView.h"
+#include "tests/app/WindowTest.h"
+
+#include <QAccessible>
+#include <QQmlComponent>
+#include <QTest>
+
+#include <cmath>
+
+namespace harbor {
+
+namespace {
+
+QString text(char const* words) { return QString::fromUtf8(words); }
+
+class Flows : public WindowTest {
+protected:
+    SiteDetailView& detail() { return *content().detail(); }
+
+    Site openWithRunningSite(char const* name = "Bakery")
+    {
+        auto const site = addSite(name);
+        docker.setContainers(site.composeProjectName(), FakeDocker::container("wordpress"));
+        app->select(site.id);
+        open();
+        // With the certificate everything is loaded that could still move the panels.
+        EXPECT_TRUE(waitUntil([this] {
+            return detail().wpCLI() && !detail().certText().isEmpty() && isShown("wpcli.command");
+        }));
+        return site;
+    }
+
+    /// The texts of every item that draws one.
+    QList<QQuickItem*> textItems()
+    {
+        QList<QQuickItem*> texts;
+        for (auto* const item : visibleItems(window()->contentItem())) {
+            if (item->inherits("QQuickText") || item->inherits("QQuickTextEdit"))
+                texts.append(item);
+        }
+        return texts;
+    }
+
+    void walkTexts()
+    {
+        for (auto* const item : textItems()) {
+            auto const name = item->objectName();
+            auto const isOurs
+                = name == text("wpcli.hint") || name == text("config.hint") || name == text("guard.prompt");
+            if (isOurs || item->inherits("QQuickPlaceholderText"))
+                continue;  // Constants of ours with markup; what the guard puts into its own is escaped.
+            EXPECT_EQ(item->property("textFormat").toInt(), Qt::PlainText)
+                << qPrintable(item->property("text").toString());
+        }
+    }
+
+    void walkControls()
+    {
+        for (auto* const item : visibleItems(window()->contentItem())) {
+            auto const isControl = item->inherits("QQuickAbstractButton") || item->inherits("QQuickTextField")
+                || item->inherits("QQuickComboBox");
+            if (!isControl || !item->isEnabled())
+                continue;
+            auto* const accessible = QAccessible::queryAccessibleInterface(item);
+            ASSERT_TRUE(accessible);
+            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+                << item->metaObject()->className() << " " << qPrintable(item->objectName());
+        }
+    }
+
+    /// Texts that neither wrap nor elide must fit into what holds them.
+    void walkClipping()
+    {
+        for (auto* const item : textItems()) {
+            if (!item->inherits("QQuickText") || item->property("elide").toInt() != Qt::ElideNone
+                || item->property("wrapMode").toInt() != 0 || item->width() == 0)
+                continue;
+            EXPECT_LE(item->implicitWidth(), item->width() + 1)
+                << qPrintable(item->property("text").toString());
+        }
+    }
+
+    QStringList tabOrder(int most)
+    {
+        QStringList names;
+        for (int i = 0; i < most; ++i) {
+            press(Qt::Key_Tab);
+            auto const name = focusedName();
+            if (names.contains(name))
+                break;
+            names.append(name);
+        }
+        return names;
+    }
+};
+
+}  // namespace
+
+TEST_F(Flows, aSiteIsCreatedByKeysAlone)
+{
+    open();
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_TRUE(waitUntil([this] { return focusedName() == text("createSite.siteName"); }));
+    EXPECT_FALSE(find(text("createSite.create"))->isEnabled());
+    type("My Site");
+    EXPECT_EQ(textOf("createSite.slug"), text("my-site"));
+    EXPECT_EQ(textOf("createSite.localURL"), text("http://localhost:PORT"));
+
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return app->sites().size() == 1 && !isShown("createSite.create"); }));
+    EXPECT_EQ(app->sites().front().name, "My Site");
+    EXPECT_TRUE(waitUntil([this] { return textOf("detail.name") == text("My Site"); }));
+}
+
+TEST_F(Flows, aFailedCreationKeepsTheSheetOpen)
+{
+    open();
+    docker.fail("up", "no space left on device");
+    click("sidebar.createSite");
+    ASSERT_TRUE(waitUntil([this] { return focusedName() == text("createSite.siteName"); }));
+    type("Bakery");
+    click("createSite.create");
+    ASSERT_TRUE(waitUntil([this] { return isShown("createSite.error"); }));
+    EXPECT_EQ(textOf("createSite.error"), text("Docker command failed: no space left on device"));
+    EXPECT_TRUE(app->sites().empty());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([this] { return !isShown("createSite.create"); }));
+    EXPECT_FALSE(content().sidebar()->showCreateSheet());
+    click("sidebar.createSite");
+    EXPECT_TRUE(waitUntil([this] { return isShown("createSite.create"); })) << "it opens again";
+    EXPECT_FALSE(isShown("createSite.error"));
+}
+
+TEST_F(Flows, returnOnCancelCancels)
+{
+    open();
+    click("sidebar.createSite");
+    ASSERT_TRUE(waitUntil([this] { return focusedName() == text("createSite.siteName"); }));
+    type("Bakery");
+    find(text("createSite.cancel"))->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([this] { return !isShown("createSite.create"); }));
+    EXPECT_FALSE(docker.wasAsked("up -d --wait"));
+}
+
+TEST_F(Flows, aSiteIsStartedAndStoppedFromTheBar)
+{
+    auto const site = addSite("Bakery");
+    app->select(site.id);
+    open();
+    EXPECT_FALSE(find(text("actions.openSite"))->isEnabled());
+    click("actions.start");
+    ASSERT_TRUE(waitUntil([this] { return isShown("actions.stop"); }));
+    EXPECT_FALSE(isShown("actions.start"));
+    click("actions.openSite");
+    click("actions.wpAdmin");
+    EXPECT_EQ(desktop.openedURLs,
+        QStringList({ text("http://localhost:18080"), text("https://localhost:19080/wp-admin/") }));
+    click("actions.stop");
+    ASSERT_TRUE(waitUntil([this] { return isShown("actions.start"); }));
+    EXPECT_FALSE(isShown("logs.list"));
+}
+
+TEST_F(Flows, aFailedStartShowsABannerThatCanBeDismissed)
+{
+    app->select(addSite("Bakery").id);
+    open();
+    docker.fail("up", "port is already allocated");
+    click("actions.start");
+    ASSERT_TRUE(waitUntil([this] { return isShown("detail.error"); }));
+    EXPECT_EQ(textOf("detail.error"), text("Docker command failed: port is already allocated"));
+    click("detail.dismiss");
+    EXPECT_FALSE(isShown("detail.error"));
+}
+
+TEST_F(Flows, deletingAsksAndBeginsOnCancel)
+{
+    auto const site = addSite("Bakery");
+    app->select(site.id);
+    open();
+    click("detail.delete");
+    ASSERT_TRUE(waitUntil([this] { return focusedName() == text("detail.confirmDelete.cancel"); }));
+    EXPECT_EQ(textOf("detail.confirmDelete.title"), text("Delete Bakery?"));
+    EXPECT_EQ(textOf("detail.confirmDelete.message"),
+        text("This will stop the site and remove its Docker containers."));
+    EXPECT_EQ(textOf("detail.confirmDelete.answer0"), text("Delete (keep files)"));
+    EXPECT_EQ(textOf("detail.confirmDelete.answer1"), text("Delete everything"));
+    press(Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([this] { return !isShown("detail.confirmDelete.cancel"); }));
+    EXPECT_FALSE(docker.wasAsked("down"));
+
+    click("detail.delete");
+    ASSERT_TRUE(waitUntil([this] { return isShown("detail.confirmDelete.answer0"); }));
+    click("detail.confirmDelete.answer0");
+    ASSERT_TRUE(waitUntil([this] { return isShown("sidebar.empty"); }));
+    EXPECT_TRUE(isShown("content.empty"));
+    EXPECT_TRUE(fileExists(site.siteDirectory()));
+}
+
+TEST_F(Flows, deletingEverythingRemovesTheFolder)
+{
+    auto const first = addSite("Bakery");
+    addSite("Second", 18081);
+    app->select(first.id);
+    open();
+    click("detail.delete");
+    ASSERT_TRUE(waitUntil([this] { return isShown("detail.confirmDelete.answer1"); }));
+    click("detail.confirmDelete.answer1");
+    ASSERT_TRUE(waitUntil([this] { return textOf("detail.name") == text("Second"); }));
+    EXPECT_FALSE(fileExists(first.siteDirectory()));
+}
+
+TEST_F(Flows, escapeClosesTheQuestion)
+{
+    app->select(addSite("Bakery").id);
+    open();
+    click("detail.delete");
+    ASSERT_TRUE(waitUntil([this] { return focusedName() == text("detail.confirmDelete.cancel"); }));
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([this] { return !detail().showDeleteConfirm(); }));
+}
+
+TEST_F(Flows, logsPauseAndResumeAndClear)
+{
+    openWithRunningSite();
+    ASSERT_TRUE(waitUntil([this] { return !docker.logProcesses().empty(); }));
+    docker.writeLog("wordpress-1  | <img src='x'> &amp; <b>bold</b>\n");
+    ASSERT_TRUE(waitUntil([this] { return detail().logs()->logs()->count() == 1; }));
+    click("logs.stream");
+    EXPECT_FALSE(detail().logs()->isStreaming());
+    click("logs.stream");
+    EXPECT_TRUE(detail().logs()->isStreaming());
+    click("logs.clear");
+    EXPECT_EQ(detail().logs()->logs()->count(), 0);
+    click("logs.autoScroll");
+    EXPECT_FALSE(detail().logs()->autoScroll());
+}
+
+TEST_F(Flows, selectedLogLinesAreCopiedByKeys)
+{
+    openWithRunningSite();
+    detail().logs()->append("one\ntwo\nthree\n");
+    runEvents();
+    auto* const list = find(text("logs.list"));
+    click("logs.list");
+    auto* const view = list->findChild<QQuickItem*>(text("lines"));
+    ASSERT_TRUE(view);
+    view->forceActiveFocus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(desktop.clipboard, text("one\ntwo\nthree"));
+}
+
+TEST_F(Flows, aCommandRunsByReturnAndItsOutputShows)
+{
+    openWithRunningSite();
+    docker.answerWPCLI("akismet\n", "", 3);
+    click("wpcli.command");
+    type("plugin list");
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.lastCommand"); }));
+    EXPECT_EQ(textOf("wpcli.lastCommand"), text("wp plugin list"));
+    EXPECT_EQ(textOf("wpcli.exit"), text("exit 3"));
+    EXPECT_TRUE(waitUntil([this] { return isShown("wpcli.recent"); }));
+    window()->grabWindow();
+    auto const top = [this](char const* name) { return find(text(name))->mapToScene({}).y(); };
+    EXPECT_GT(top("wpcli.output"), top("wpcli.lastCommand"));
+    EXPECT_GT(top("wpcli.hint"), top("wpcli.output"));
+    click("wpcli.copy");
+    EXPECT_EQ(desktop.clipboard, text("akismet\n"));
+
+    docker.answerWPCLI("", "", 0);
+    click("wpcli.quick3");
+    EXPECT_TRUE(waitUntil([this] { return isShown("wpcli.noOutput"); }));
+    EXPECT_EQ(textOf("wpcli.noOutput"), text("(no output)"));
+    EXPECT_EQ(find(text("wpcli.command"))->property("text").toString(), text("cache flush"));
+}
+
+TEST_F(Flows, aRefusedCommandShowsInTheSameBlock)
+{
+    openWithRunningSite();
+    click("wpcli.command");
+    type("shell");
+    click("wpcli.run");
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.exit"); }));
+    EXPECT_EQ(textOf("wpcli.exit"), text("exit 1"));
+    EXPECT_FALSE(isShown("wpcli.recent"));
+}
+
+TEST_F(Flows, aRecentCommandComesBackIntoTheField)
+{
+    auto const site = addSite("Bakery");
+    app->desktop().defaults->setValue(text("wpcli-history-") + toQt(site.id.text()),
+        QStringList(
+            { text("post create --post_content='<img src=\"a.png\">' && true"), text("plugin list") }));
+    letRun(site);
+    app->select(site.id);
+    open();
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.recent"); }));
+    click("wpcli.recent");
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.recent0"); }));
+    walkTexts();
+    EXPECT_EQ(textOf("wpcli.recent0"), text("post create --post_content='<img src=\"a.png\">' && true"));
+    click("wpcli.recent1");
+    EXPECT_EQ(detail().wpCLI()->command(), text("plugin list"));
+    EXPECT_FALSE(docker.wasAsked("exec"));
+    click("wpcli.recent");
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.clearHistory"); }));
+    click("wpcli.clearHistory");
+    EXPECT_TRUE(waitUntil([this] { return !isShown("wpcli.recent"); }));
+}
+
+TEST_F(Flows, shortcutsRestUnderASheet)
+{
+    app->select(addSite("Bakery").id);
+    open();
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_TRUE(waitUntil([this] { return isShown("createSite.create"); }));
+    press(Qt::Key_R, Qt::ControlModifier);
+    press(Qt::Key_O, Qt::ControlModifier);
+    EXPECT_TRUE(desktop.openedURLs.isEmpty());
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(waitUntil([this] { return !isShown("createSite.create"); }));
+    press(Qt::Key_O, Qt::ControlModifier);
+    EXPECT_EQ(desktop.openedURLs.size(), 1);
+    press(Qt::Key_R, Qt::ControlModifier);
+    EXPECT_TRUE(waitUntil([this] { return isShown("actions.stop"); }));
+}
+
+TEST_F(Flows, theOnboardingGivesWayWhenDockerAnswers)
+{
+    docker.setRunning(false);
+    open();
+    EXPECT_TRUE(isShown("onboarding.checkAgain"));
+    walkTexts();
+    walkControls();
+    docker.setRunning(true);
+    click("onboarding.checkAgain");
+    EXPECT_TRUE(waitUntil([this] { return isShown("sidebar.empty"); }));
+}
+
+TEST_F(Flows, arrowsInTheListChooseASite)
+{
+    auto const first = addSite("One");
+    auto const second = addSite("Two", 18081);
+    open();
+    click("sidebar.row0");
+    EXPECT_EQ(app->selectedSiteID(), first.id);
+    press(Qt::Key_Down);
+    EXPECT_EQ(app->selectedSiteID(), second.id);
+    press(Qt::Key_Up);
+    EXPECT_EQ(app->selectedSiteID(), first.id);
+}
+
+TEST_F(Flows, scrollPositionSurvivesAPoll)
+{
+    openWithRunningSite();
+    auto* const flickable = find(text("detail.scroll"))->property("contentItem").value<QQuickItem*>();
+    flickable->setProperty("contentY", 120.0);
+    auto const sleeps = desktop.sleeps;
+    desktop.wakeSleeper();
+    ASSERT_TRUE(waitUntil([&] { return desktop.sleeps > sleeps; }));
+    EXPECT_EQ(flickable->property("contentY").toReal(), 120.0);
+}
+
+TEST_F(Flows, tabVisitsEachControlOnce)
+{
+    openWithRunningSite();
+    click("sidebar.row0");
+    auto const names = tabOrder(40);
+    for (auto const* expected :
+        { "detail.refresh", "detail.delete", "actions.stop", "actions.openSite", "actions.wpAdmin",
+            "logs.autoScroll", "logs.clear", "logs.stream", "wpcli.command", "wpcli.quick0" })
+        EXPECT_TRUE(names.contains(text(expected)))
+            << expected << " in " << qPrintable(names.join(QLatin1Char(' ')));
+    EXPECT_LT(names.indexOf(text("detail.refresh")), names.indexOf(text("actions.stop")));
+    EXPECT_LT(names.indexOf(text("actions.stop")), names.indexOf(text("wpcli.command")));
+}
+
+TEST_F(Flows, outsideTextIsPlainAndFitsEverywhere)
+{
+    openWithRunningSite(
+        "<b>a</b> && <img src='x'> and a name that goes on and on and on until nobody reads it");
+    docker.answerWPCLI("<img src='http://localhost:9/x.png'>\n", "<b>bold</b>\n", 0);
+    detail().wpCLI()->runQuickAction(0);
+    detail().logs()->append("<b>line</b>\n");
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.output"); }));
+    walkTexts();
+    walkControls();
+    walkClipping();
+    click("sidebar.add");
+    ASSERT_TRUE(waitUntil([this] { return isShown("sidebar.newSite"); }));
+    walkTexts();
+    press(Qt::Key_Escape);
+    click("detail.delete");
+    ASSERT_TRUE(waitUntil([this] { return isShown("detail.confirmDelete.cancel"); }));
+    walkTexts();
+    walkControls();
+}
+
+TEST_F(Flows, aPickerLeavesItsChoiceToTheWheelAlone)
+{
+    open();
+    click("sidebar.createSite");
+    ASSERT_TRUE(waitUntil([this] { return isShown("createSite.phpVersion"); }));
+    auto const* picker = find(text("createSite.phpVersion"));
+    EXPECT_FALSE(picker->property("wheelEnabled").toBool());
+    click("createSite.phpVersion");
+    runEvents();
+    press(Qt::Key_Up);
+    press(Qt::Key_Return);
+    EXPECT_EQ(content().sidebar()->createSheet()->phpVersion(), 3);
+}
+
+TEST_F(Flows, theTrayListsSitesAndActsOnThem)
+{
+    auto const site = addSite("Bakery");
+    open();
+    auto* const panel = mainWindow().trayPanel();
+    ASSERT_TRUE(panel);
+    EXPECT_FALSE(panel->title().contains(text("Tallowick")));
+    panel->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel));
+    QQuickItem* startButton = nullptr;
+    for (auto* const item : visibleItems(panel->contentItem())) {
+        if (item->property("help").toString() == text("Start"))
+            startButton = item;
+    }
+    ASSERT_TRUE(startButton);
+    QMetaObject::invokeMethod(startButton, "clicked");
+    EXPECT_TRUE(waitUntil([&] { return app->status(site.id) == SiteStatus::running; }));
+    EXPECT_FALSE(find(text("menuBar.empty"), panel));
+    EXPECT_TRUE(find(text("menuBar.open"), panel));
+    EXPECT_TRUE(find(text("menuBar.quit"), panel));
+}
+
+TEST_F(Flows, theStyleFollowsWhileTheWindowShows)
+{
+    open();
+    auto const light = window()->color();
+    Appearance::shared().setDark(true);
+    EXPECT_NE(window()->color(), light);
+    Appearance::shared().setDark(false);
+    EXPECT_EQ(window()->color(), light);
+}
+
+TEST_F(Flows, textColorsStandOutOnEveryGroundOfBothStyles)
+{
+    open();
+    QQmlComponent component(qmlEngine(window()));
+    component.setData("import QtQuick; import Harbor; QtObject { property QtObject theme: Theme }", {});
+    std::unique_ptr<QObject> const holder(component.create());
+    ASSERT_TRUE(holder) << qPrintable(component.errorString());
+    auto* const theme = holder->property("theme").value<QObject*>();
+    ASSERT_TRUE(theme);
+    auto const luminance = [](QColor const& color) {
+        auto const linear = [](double part) {
+            return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
+            + 0.0722 * linear(color.blueF());
+    };
+    for (auto const isDark : { false, true }) {
+        Appearance::shared().setDark(isDark);
+        auto const contrast = [&](char const* ink, char const* ground) {
+            auto const one = luminance(theme->property(ink).value<QColor>());
+            auto const two = luminance(theme->property(ground).value<QColor>());
+            return (std::max(one, two) + 0.05) / (std::min(one, two) + 0.05);
+        };
+        for (auto const* ink :
+            { "text", "secondary", "accent", "gray", "green", "orange", "red", "blue", "purple", "teal" }) {
+            for (auto const* ground : { "window", "sidebar", "panel", "field", "control" })
+                EXPECT_GE(contrast(ink, ground), 4.5)
+                    << ink << " on " << ground << (isDark ? ", dark" : ", light");
+        }
+        EXPECT_GE(contrast("accentText", "accent"), 4.5);
+        EXPECT_GE(contrast("text", "selection"), 4.5);
+    }
+    Appearance::shared().setDark(false);
+}
+
+}  // namespace harbor
