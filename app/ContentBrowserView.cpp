@@ -85,10 +85,11 @@ void ContentBrowserView::appear()
 
 void ContentBrowserView::loadWhenReady()
 {
-    if (!hasAppeared_ || hasLoaded_ || !isSiteRunning())
+    auto const self = weak_from_this().lock();
+    if (!self || !hasAppeared_ || hasLoaded_ || !isSiteRunning())  // Without an owner it is about to go.
         return;
     hasLoaded_ = true;
-    start(loadTypes(shared_from_this()));
+    start(loadTypes(self));
 }
 
 void ContentBrowserView::refresh() { start(loadTypes(shared_from_this())); }

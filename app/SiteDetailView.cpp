@@ -188,9 +188,12 @@ QString SiteDetailView::certSymbol() const
 
 void SiteDetailView::statusHasChanged()
 {
+    auto const self = weak_from_this().lock();
+    if (!self)  // The last owner has let go; the object itself goes one event later.
+        return;
     showPanelsOfRunningSite();
     Q_EMIT siteChanged();
-    harbor::start(loadContainers(shared_from_this()));
+    harbor::start(loadContainers(self));
 }
 
 void SiteDetailView::showPanelsOfRunningSite()

@@ -86,6 +86,13 @@ TEST_F(DetailTest, appearingReadsStatusContainersAndCertificate)
     EXPECT_FALSE(detail->isLoadingContainers());
 }
 
+TEST_F(DetailTest, aStatusThatChangesWhileTheScreenIsOnItsWayOutIsPassedOver)
+{
+    appear();
+    detail.reset();  // The object goes with the next event, and hears of the change before.
+    EXPECT_NO_THROW(Q_EMIT app->statusChanged(site.id));
+}
+
 TEST_F(DetailTest, anUnreadableCertificateIsSaidSo)
 {
     createDirectories(site.siteDirectory() + "/ssl");
