@@ -71,7 +71,7 @@ as_root apt-get -qq update
 [ -n "$boost" ] || missing+=("$(newest_boost apt-cache pkgnames libboost1)")
 echo "Installing ${#missing[@]} packages: ${missing[*]}" >&2
 log=$(mktemp)
-as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends "${missing[@]}" >"$log" 2>&1 || {
+as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=300 install -y --no-install-recommends "${missing[@]}" >"$log" 2>&1 || {
     tail -n 30 "$log" >&2
     rm -f "$log"
     exit 1

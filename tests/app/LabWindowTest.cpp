@@ -53,9 +53,10 @@ TEST_F(LabWindow, aRealSiteIsMadeSeenAndRemoved)
     ASSERT_FALSE(isShown("createSite.error")) << qPrintable(textOf("createSite.error"));
 
     auto const site = app().sites().at(0);
-    EXPECT_TRUE(waitUntil([&] { return statusLine(site.httpPort).startsWith("HTTP/1.1 "); }, patience));
-    EXPECT_TRUE(waitUntil([this] { return content().detail()->containers()->count() == 2; }, patience));
-    EXPECT_TRUE(waitUntil([this] { return content().detail()->logs()->logs()->count() > 0; }, patience));
+    EXPECT_TRUE(
+        waitUntil([&] { return statusLine(site.httpPort).startsWith("HTTP/1."); }, std::chrono::minutes(2)));
+    EXPECT_TRUE(waitUntil([this] { return content().detail()->containers()->count() == 2; }));
+    EXPECT_TRUE(waitUntil([this] { return content().detail()->logs()->logs()->count() > 0; }));
 
     click("detail.delete");
     ASSERT_TRUE(waitUntil([this] { return isShown("detail.confirmDelete.answer1"); }));
