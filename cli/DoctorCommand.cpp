@@ -83,7 +83,7 @@ DiagnosisCheck askSecretStore()
     } catch (KeychainError const& error) {
         if (error.kind() == KeychainError::Case::itemNotFound)
             return ok;
-        return { "Secret store", Outcome::warn, error.what(),
+        return { "Secret store", Outcome::warn, error.what() + std::string("."),
             "Unlock or install a keyring (package gnome-keyring), or give keys by --key-file." };
     }
 }

@@ -20,6 +20,15 @@ std::string wordsOf(CLI::App const& command)
     return parsed.empty() ? "" : " " + parsed.front()->get_name() + wordsOf(*parsed.front());
 }
 
+/// What was wrong with the words. A word that nothing took explains more than what is missing without it.
+std::string complaintAbout(CLI::App const& program, CLI::ParseError const& error)
+{
+    auto const left = program.remaining(true);
+    if (error.get_name() != "RequiredError" || left.empty())
+        return error.what();
+    return "\"" + left.front() + "\" is no " + (left.front().starts_with('-') ? "option" : "command");
+}
+
 /// Takes "--" and what follows out of the words of "wp", for the command to pass on: the parser would hand
 /// them to the program.
 std::vector<std::string> takeWordsBehindMark(std::vector<std::string>& words)
@@ -55,7 +64,7 @@ int runProgram(int argumentCount, char** arguments)
     } catch (CLI::Success const& asked) {  // Help or the version.
         return program.exit(asked);
     } catch (CLI::ParseError const& error) {
-        context.console().fail(error.what());
+        context.console().fail(complaintAbout(program, error));
         context.console().note("Try: twkb help" + wordsOf(program));
         return ExitCode::usage;
     }

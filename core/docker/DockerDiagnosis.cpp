@@ -68,14 +68,26 @@ std::optional<std::pair<int, int>> versionNumbers(std::string const& text)
     return std::nullopt;
 }
 
+/// What chose the engine: the variable overrules every context.
+std::string chooserOf(DockerFacts const& facts)
+{
+    return facts.hostVariable.empty() ? fmt::format("The context \"{}\"", facts.context) : "DOCKER_HOST";
+}
+
+std::string cureOfChoice(DockerFacts const& facts)
+{
+    return facts.hostVariable.empty() ? "Run: docker context use default"
+                                      : "Take DOCKER_HOST out of the environment or of the shell's profile.";
+}
+
 DiagnosisCheck judgeSocket(DockerFacts const& facts)
 {
     DiagnosisCheck check { "Docker engine", Outcome::fail, {}, {} };
     auto const path = facts.endpoint.substr(socketScheme.size());
     if (facts.endpoint != defaultEndpoint && facts.defaultSocketAnswers) {
-        check.text = fmt::format("The context \"{}\" leads to {}, where no engine answers; one does at {}.",
-            facts.context, facts.endpoint, defaultEndpoint);
-        check.cure = "Run: docker context use default (and unset DOCKER_HOST if it is set).";
+        check.text = fmt::format("{} leads to {}, where no engine answers; one does at {}.", chooserOf(facts),
+            facts.endpoint, defaultEndpoint);
+        check.cure = cureOfChoice(facts);
     } else if (facts.socketError == EACCES || facts.socketError == EPERM) {
         check.text = fmt::format("You may not use the socket {} (permission denied).", path);
         check.cure = "Run: sudo usermod -aG docker \"$USER\", then log out and in again.";
@@ -104,12 +116,10 @@ DiagnosisCheck judgeEngine(DockerFacts const& facts)
         return { "Docker engine", Outcome::ok, "Answers at " + facts.endpoint + ".", {} };
     if (facts.endpoint.starts_with(socketScheme))
         return judgeSocket(facts);
-    return {
-        "Docker engine", Outcome::fail,
-        fmt::format("The context \"{}\" leads to {}, which does not answer: {}", facts.context,
-            facts.endpoint, facts.engineWords),
-        "Make that engine reachable, or run: docker context use default (and unset DOCKER_HOST if it is set)."
-    };
+    return { "Docker engine", Outcome::fail,
+        fmt::format(
+            "{} leads to {}, which does not answer: {}", chooserOf(facts), facts.endpoint, facts.engineWords),
+        "Make that engine reachable. " + cureOfChoice(facts) };
 }
 
 DiagnosisCheck judgeCompose(DockerFacts const& facts)
@@ -143,6 +153,7 @@ awaitable<DockerFacts> gatherDockerFacts()
         co_return facts;
     facts.dockerPath = docker.output;
 
+    facts.hostVariable = (co_await ask("printenv DOCKER_HOST")).output;
     auto const context = co_await ask("docker context show");
     facts.context = context.output;
     auto const endpoint = co_await ask("docker context inspect --format '{{.Endpoints.docker.Host}}'");

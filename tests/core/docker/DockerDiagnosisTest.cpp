@@ -57,6 +57,14 @@ TEST(DockerDiagnosis, withoutDockerNothingElseIsSaid)
     EXPECT_EQ(checks[0].text, "No docker command on the login shell's PATH.");
 }
 
+DockerFacts chosenByVariable(std::string const& endpoint)
+{
+    auto facts = silent(0);
+    facts.hostVariable = endpoint;
+    facts.endpoint = endpoint;
+    return facts;
+}
+
 struct EngineCase {
     std::string behaviour;
     DockerFacts facts;
@@ -110,7 +118,11 @@ INSTANTIATE_TEST_SUITE_P(Causes, SilentEngine,
         EngineCase { "aRemoteEngine", otherContext("tcp://10.0.0.1:2375", 0, true),
             "The context \"far\" leads to tcp://10.0.0.1:2375, which does not answer: "
             "Cannot connect to the Docker daemon",
-            "docker context use default" }),
+            "docker context use default" },
+        EngineCase { "anEngineChosenByTheVariable", chosenByVariable("tcp://10.0.0.1:2375"),
+            "DOCKER_HOST leads to tcp://10.0.0.1:2375, which does not answer: "
+            "Cannot connect to the Docker daemon",
+            "Take DOCKER_HOST out of the environment" }),
     [](auto const& test) { return test.param.behaviour; });
 
 TEST(DockerDiagnosis, aRootlessEngineIsAWarning)
