@@ -1,7 +1,14 @@
 #include "cli/Commands.h"
+#include "cli/ProgressDisplay.h"
 
+#include "core/base/TemporaryFile.h"
 #include "core/base/WorkerPool.h"
 #include "core/protocol/FileBundle.h"
+#include "core/sync/BundlePlacement.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
 
 namespace harbor::cli {
 
@@ -14,24 +21,26 @@ struct CreateOptions {
     bool noHashes = false;
 };
 
-/// Nothing is left at the place of a bundle that failed: a partial one is of no use to anybody.
+/// Nothing is left of a bundle that failed, and an older one keeps its place until the new one is whole.
 std::int64_t writeBundle(CreateOptions const& options, std::stop_token const& stop)
 {
-    BundleWriter writer(options.out, !options.noHashes);
-    try {
-        for (auto const& path : options.paths) {
-            throwIfStopped(stop);
-            writer.addFile(path, options.root + "/" + path);
-        }
-        writer.finish();
-    } catch (std::exception const&) {
-        try {
-            removeFile(options.out);
-        } catch (FileError const&) {
-            // The failure itself is what the user is to read.
-        }
-        throw;
+    std::error_code ignored;  // What cannot be looked at cannot be opened either.
+    auto const before = std::filesystem::symlink_status(options.out, ignored);
+    if (std::filesystem::is_other(before))
+        throw CommandError(options.out + " is not an ordinary file.");
+    auto const replaces = std::filesystem::is_regular_file(before);
+    auto const place = replaces ? options.out + ".twkb-tmp" : options.out;
+
+    BundleWriter writer(place, !options.noHashes);
+    auto unfinished = TemporaryFile::adopt(place);
+    for (auto const& path : options.paths) {
+        throwIfStopped(stop);
+        writer.addFile(path, options.root + "/" + path);
     }
+    writer.finish();
+    if (replaces && std::rename(place.c_str(), options.out.c_str()) != 0)
+        throw FileError(errno, options.out);
+    unfinished.release();
     return writer.bytesWritten();
 }
 
@@ -67,6 +76,17 @@ awaitable<void> listBundle(Context& context, std::string file)
     context.console().printJson(entries);
 }
 
+/// Through the same door as a pull: what is not to be placed is told by a line of the log.
+awaitable<void> extractBundle(Context& context, std::string file, std::string root)
+{
+    SyncProgress progress(context.mainThread());
+    ProgressDisplay const display(context.console(), progress);
+    auto const skipped
+        = co_await placeBundle(progress, std::move(file), std::move(root), context.stopToken());
+    if (context.console().json)
+        context.console().printJson({ { "skipped", skipped } });
+}
+
 }  // namespace
 
 void addBundleCommands(CLI::App& program, Context& context)
@@ -86,6 +106,13 @@ void addBundleCommands(CLI::App& program, Context& context)
     auto const file = std::make_shared<std::string>();
     list.add_option("FILE", *file, "A bundle")->required();
     onRun(list, context, [&context, file] { return listBundle(context, *file); });
+
+    auto& extract
+        = *group.add_subcommand("extract", "Place the files of a bundle in a folder, as a pull does");
+    auto const root = std::make_shared<std::string>();
+    extract.add_option("FILE", *file, "A bundle")->required();
+    extract.add_option("ROOT", *root, "Folder that no file may leave; made if it is missing")->required();
+    onRun(extract, context, [&context, file, root] { return extractBundle(context, *file, *root); });
 }
 
 }  // namespace harbor::cli

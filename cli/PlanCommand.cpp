@@ -1,9 +1,11 @@
 #include "cli/Commands.h"
+#include "cli/StandardInput.h"
 
+#include "core/base/File.h"
+#include "core/base/WorkerPool.h"
 #include "core/protocol/FileBatchPlanner.h"
 
-#include <iostream>
-#include <iterator>
+#include <charconv>
 
 namespace harbor::cli {
 
@@ -15,11 +17,10 @@ struct PlanOptions {
     std::string file;
 };
 
-std::string readInput(std::string const& file)
+std::vector<ManifestFile> readFiles(std::string const& file, std::stop_token const& stop)
 {
-    if (!file.empty() && file != "-")
-        return readWholeFile(file);
-    return { std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>() };
+    auto const isStandardInput = file.empty() || file == "-";
+    return decodeManifestFiles(isStandardInput ? readStandardInput(stop) : readWholeFile(file));
 }
 
 Json pathsOf(std::vector<ManifestFile> const& files)
@@ -30,21 +31,38 @@ Json pathsOf(std::vector<ManifestFile> const& files)
     return paths;
 }
 
-awaitable<void> printPlan(Console& console, PlanOptions options)
+awaitable<void> printPlan(Context& context, PlanOptions options)
 {
+    auto const read = [&] { return readFiles(options.file, context.stopToken()); };
+    auto const files = co_await callOn(WorkerPool::executor(), read);
+
     VerifyResponse server;
     server.max_upload = options.maxUpload;
     server.max_batch_bytes = options.maxBatchBytes;
     auto const limits = FileBatchPlanner::computeBatchLimits(server);
-    auto const plan = FileBatchPlanner::plan(decodeManifestFiles(readInput(options.file)), limits);
+    auto const plan = FileBatchPlanner::plan(files, limits);
 
     auto batches = Json::array();
     for (auto const& batch : plan.batches)
         batches.push_back({ { "deflate", batch.deflate }, { "totalBytes", batch.totalBytes },
             { "files", pathsOf(batch.files) } });
-    console.printJson({ { "budget", limits.batchBudget }, { "threshold", limits.singleFileThreshold },
-        { "batches", std::move(batches) }, { "chunk_fallback", pathsOf(plan.chunkFallback) } });
-    co_return;
+    context.console().printJson(
+        { { "budget", limits.batchBudget }, { "threshold", limits.singleFileThreshold },
+            { "batches", std::move(batches) }, { "chunk_fallback", pathsOf(plan.chunkFallback) } });
+}
+
+/// Decimal digits only: the parser of the command line would read 010 as eight and cut off what is too large.
+void addByteCount(CLI::App& command, std::string const& name, std::optional<std::int64_t>& target,
+    std::string const& description)
+{
+    auto const read = [&target, name](std::string const& text) {
+        std::int64_t number = 0;
+        auto const [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
+        if (problem != std::errc() || end != text.data() + text.size())
+            throw CLI::ValidationError(name, "\"" + text + "\" is no number of bytes");
+        target = number;
+    };
+    command.add_option_function<std::string>(name, read, description)->type_name("N");
 }
 
 }  // namespace
@@ -53,13 +71,11 @@ void addPlanCommand(CLI::App& program, Context& context)
 {
     auto& command = *program.add_subcommand("plan", "Divide a list of files into batches");
     auto const options = std::make_shared<PlanOptions>();
-    command.add_option("--max-upload", options->maxUpload, "The server's limit on one upload, in bytes")
-        ->type_name("N");
-    command
-        .add_option("--max-batch-bytes", options->maxBatchBytes, "The server's wish for one bundle, in bytes")
-        ->type_name("N");
+    addByteCount(command, "--max-upload", options->maxUpload, "The server's limit on one upload, in bytes");
+    addByteCount(
+        command, "--max-batch-bytes", options->maxBatchBytes, "The server's wish for one bundle, in bytes");
     command.add_option("FILE", options->file, "A list as \"manifest\" prints it; standard input without it");
-    onRun(command, context, [&context, options] { return printPlan(context.console(), *options); });
+    onRun(command, context, [&context, options] { return printPlan(context, *options); });
 }
 
 }  // namespace harbor::cli

@@ -1,14 +1,12 @@
 #include "cli/Commands.h"
+#include "cli/StandardInput.h"
 
 #include "core/base/File.h"
+#include "core/base/WorkerPool.h"
 #include "core/protocol/SyncError.h"
 #include "core/rewrite/RewriteFile.h"
 #include "core/rewrite/RewriteGuard.h"
 #include "core/rewrite/SearchReplace.h"
-
-#include <array>
-#include <cerrno>
-#include <unistd.h>
 
 namespace harbor::cli {
 
@@ -24,21 +22,6 @@ struct RewriteOptions {
     bool value = false;
 };
 
-std::string readStandardInput()
-{
-    std::string text;
-    std::array<char, 64 * 1024> buffer;
-    for (;;) {
-        auto const count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-        if (count == 0)
-            return text;
-        if (count > 0)
-            text.append(buffer.data(), static_cast<std::size_t>(count));
-        else if (errno != EINTR)
-            throw FileError(errno, "standard input");
-    }
-}
-
 /// The whole result in memory, for what does not go from file to file.
 GuardedRewrite rewriteText(RewriteOptions const& options, std::string const& text)
 {
@@ -51,7 +34,12 @@ GuardedRewrite rewriteText(RewriteOptions const& options, std::string const& tex
     return rewriteDumpGuarded(text, options.from, options.to);
 }
 
-awaitable<void> rewrite(Console& console, RewriteOptions options)
+std::string readDump(std::string const& file, std::stop_token const& stop)
+{
+    return file.empty() ? readStandardInput(stop) : readWholeFile(file);
+}
+
+awaitable<void> rewrite(Context& context, RewriteOptions options)
 {
     auto const pairs
         = options.exact ? exactPair(options.from, options.to) : bothPairs(options.from, options.to);
@@ -63,17 +51,17 @@ awaitable<void> rewrite(Console& console, RewriteOptions options)
         auto const guard = options.literal || options.exact ? Guard::off : Guard::on;
         usedStrictCharacters = rewriteFile(options.input, options.output, pairs, guard);
     } else {
-        auto const text = options.input.empty() ? readStandardInput() : readWholeFile(options.input);
+        auto const read = [&] { return readDump(options.input, context.stopToken()); };
+        auto const text = co_await callOn(WorkerPool::executor(), read);
         auto const result = rewriteText(options, text);
         usedStrictCharacters = result.usedStrictCharacters;
         if (options.output.empty())
-            console.printBytes(result.text);
+            context.console().printBytes(result.text);
         else
             replaceFile(options.output, result.text);
     }
     if (usedStrictCharacters)
-        console.note(strictCharactersNotice);
-    co_return;
+        context.console().note(strictCharactersNotice);
 }
 
 }  // namespace
@@ -94,7 +82,7 @@ void addRewriteCommand(CLI::App& program, Context& context)
     auto& value = *command.add_flag("--value", options->value, "The input is one stored value, not a dump");
     literal.excludes(&exact)->excludes(&value);
     exact.excludes(&value);
-    onRun(command, context, [&context, options] { return rewrite(context.console(), *options); });
+    onRun(command, context, [&context, options] { return rewrite(context, *options); });
 }
 
 }  // namespace harbor::cli

@@ -1,6 +1,7 @@
 #include "core/sync/BundlePlacement.h"
 
 #include "core/base/Interrupted.h"
+#include "core/base/WorkerPool.h"
 #include "core/protocol/FileBundle.h"
 
 #include <cerrno>
@@ -9,7 +10,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace harbor {
 
@@ -59,6 +59,33 @@ std::optional<File> enterFolder(File const& parent, std::string const& name, std
     if (made)
         folder.setMode(folderMode);
     return folder;
+}
+
+/// Adds to `skipped` each path that is refused, also when a failure comes after it.
+void placeEntries(std::string const& bundle, std::string const& root, std::stop_token const& stop,
+    std::vector<std::string>& skipped)
+{
+    BundleReader reader(bundle, largestEntry);
+    while (auto const entry = reader.nextEntry()) {
+        throwIfStopped(stop);
+
+        auto const place = placeInside(root, entry->path);
+        if (!place) {
+            reader.skipEntryData(*entry);
+            skipped.push_back(entry->path);
+            continue;
+        }
+
+        auto aside = place->createAside();
+        try {
+            reader.copyEntryData(*entry, aside);
+            aside.close();
+        } catch (...) {
+            place->removeAside();
+            throw;
+        }
+        place->moveIntoPlace();
+    }
 }
 
 }  // namespace
@@ -133,30 +160,23 @@ std::optional<Placement> placeInside(std::string const& root, std::string const&
     return Placement(std::move(*folder), name, place);
 }
 
-void placeBundle(std::string const& bundle, std::string const& root,
-    std::function<void(std::string const& path)> const& skipped, std::stop_token stop)
+awaitable<std::vector<std::string>> placeBundle(
+    SyncProgress& progress, std::string bundle, std::string root, std::stop_token stop)
 {
-    BundleReader reader(bundle, largestEntry);
-    while (auto const entry = reader.nextEntry()) {
-        throwIfStopped(stop);
-
-        auto const place = placeInside(root, entry->path);
-        if (!place) {
-            reader.skipEntryData(*entry);
-            skipped(entry->path);
-            continue;
-        }
-
-        auto aside = place->createAside();
-        try {
-            reader.copyEntryData(*entry, aside);
-            aside.close();
-        } catch (...) {
-            place->removeAside();
-            throw;
-        }
-        place->moveIntoPlace();
+    std::vector<std::string> skipped;
+    std::exception_ptr failure;
+    auto const place = [&] { placeEntries(bundle, root, stop, skipped); };
+    try {
+        co_await callOn(WorkerPool::executor(), place);
+    } catch (...) {
+        failure = std::current_exception();
     }
+
+    for (auto const& path : skipped)
+        co_await log(progress, "Skipped unsafe path in bundle: " + path);
+    if (failure)
+        std::rethrow_exception(failure);
+    co_return skipped;
 }
 
 }  // namespace harbor

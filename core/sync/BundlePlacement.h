@@ -1,12 +1,13 @@
 #pragma once
 
 #include "core/base/File.h"
+#include "core/progress/SyncProgress.h"
 
-#include <functional>
 #include <optional>
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace harbor {
 
@@ -46,9 +47,9 @@ std::optional<Placement> placeInside(std::string const& root, std::string const&
 /// Places every entry of a bundle below `root`, each under its final name only once it is whole. What a
 /// remote put into the bundle unasked is placed as well; hashes are not checked.
 ///
-/// @param skipped  called with each path that `placeInside` refuses
+/// @return  the paths that `placeInside` refused, each of which has its log line
 /// @throws BundleError, FileError, Interrupted  entries before the failure stay placed
-void placeBundle(std::string const& bundle, std::string const& root,
-    std::function<void(std::string const& path)> const& skipped, std::stop_token stop = {});
+awaitable<std::vector<std::string>> placeBundle(
+    SyncProgress& progress, std::string bundle, std::string root, std::stop_token stop);
 
 }  // namespace harbor

@@ -93,25 +93,7 @@ awaitable<void> FileSync::pullBatch(FileBatch batch, std::size_t number, std::si
     }
 
     auto const bundle = unpacked ? unpacked->path() : download.path();
-    co_await placeDownloadedBundle(bundle, root);
-}
-
-awaitable<void> FileSync::placeDownloadedBundle(std::string bundle, std::string root)
-{
-    std::vector<std::string> skipped;
-    std::exception_ptr failure;
-    auto const keep = [&](std::string const& path) { skipped.push_back(path); };
-    auto const place = [&] { placeBundle(bundle, root, keep, stop_); };
-    try {
-        co_await callOn(WorkerPool::executor(), place);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-
-    for (auto const& path : skipped)
-        co_await log(progress_, "Skipped unsafe path in bundle: " + path);
-    if (failure)
-        std::rethrow_exception(failure);
+    co_await placeBundle(progress_, bundle, root, stop_);
 }
 
 awaitable<void> FileSync::downloadFileChunked(ManifestFile file, std::string root)

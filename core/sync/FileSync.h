@@ -65,7 +65,6 @@ private:
     awaitable<void> pull(Site site, std::vector<std::string> scopes, bool deleteExtras);
     awaitable<FileTransfer> planPull(std::string root, std::vector<std::string> scopes, bool deleteExtras);
     awaitable<void> pullBatch(FileBatch batch, std::size_t number, std::size_t count, std::string root);
-    awaitable<void> placeDownloadedBundle(std::string bundle, std::string root);
     awaitable<void> downloadFileChunked(ManifestFile file, std::string root);
     awaitable<void> verifyLocalCopies(std::vector<ManifestFile> files, std::string root);
 
