@@ -75,7 +75,8 @@ std::string ageText(TimePoint date, TimePoint now)
     };
     constexpr std::array<Unit, 7> units { { { 31'557'600, "year" }, { 2'629'800, "month" },
         { 604'800, "week" }, { 86'400, "day" }, { 3'600, "hour" }, { 60, "minute" }, { 1, "second" } } };
-    auto const age = std::max<long long>(0, duration_cast<seconds>(now - date).count());
+    // In seconds before the difference is taken: two moments can lie further apart than nanoseconds reach.
+    auto const age = std::max<long long>(0, (floor<seconds>(now) - floor<seconds>(date)).count());
     for (auto const& unit : units) {
         if (auto const count = age / unit.length; count >= 1)
             return fmt::format("{} {}{}", count, unit.name, count == 1 ? "" : "s");

@@ -55,7 +55,18 @@ TEST_P(NoTimestamp, isRefused) { EXPECT_EQ(parseIso8601(GetParam()), std::nullop
 INSTANTIATE_TEST_SUITE_P(Texts, NoTimestamp,
     testing::Values("", "2026-01-31", "2026-01-31T09:30:07", "2026-01-31T09:30:07+00:00",
         "2026-01-31T09:30:07.5Z", "2026-02-30T09:30:07Z", "2026-13-01T09:30:07Z", "2026-01-31T24:00:00Z",
-        "2026-01-31T09:60:00Z", "2026-01-31 09:30:07Z", "2026-01-31T09:30:0xZ", "+026-01-31T09:30:07Z"));
+        "2026-01-31T09:60:00Z", "2026-01-31 09:30:07Z", "2026-01-31T09:30:0xZ", "+026-01-31T09:30:07Z",
+        "1677-12-31T23:59:59Z", "2262-01-01T00:00:00Z", "0001-01-01T00:00:00Z", "9999-12-31T23:59:59Z"));
+
+TEST(Timestamp, theFirstAndTheLastMomentsComeBackAndCanBeCompared)
+{
+    auto const* const first = "1678-01-01T00:00:00Z";
+    auto const* const last = "2261-12-31T23:59:59Z";
+    EXPECT_EQ(iso8601(*parseIso8601(first)), first);
+    EXPECT_EQ(iso8601(*parseIso8601(last)), last);
+    EXPECT_EQ(relativeText(*parseIso8601(first), *parseIso8601(last)), "583 years ago");
+    EXPECT_EQ(relativeText(*parseIso8601(last), *parseIso8601(first)), "in 583 years");
+}
 
 struct AgeCase {
     std::string behaviour;
