@@ -104,6 +104,8 @@ void BundleWriter::addFile(
 {
     if (entryPath.empty() || entryPath.size() > longestPath)
         throw BundleError::pathTooLong();
+    if (!unicode::isValidUtf8(entryPath))
+        throw BundleError::badPath();
     auto source = File::openForReading(file);
     auto owed = static_cast<std::uint64_t>(source.size());
 

@@ -192,7 +192,7 @@ void Exchange::setOptions()
     headers_.add(
         "Content-Type:" + (hasBody && !request_.contentType.empty() ? " " + request_.contentType : ""));
     for (auto const& [name, value] : request_.headers)
-        headers_.add(name + ": " + value);
+        headers_.add(value.empty() ? name + ";" : name + ": " + value);  // So an empty value is written.
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.list);
     if (hasBody || request_.method == "POST") {
         curl_easy_setopt(easy, CURLOPT_POST, 1L);

@@ -268,6 +268,7 @@ HttpTestServer::HttpTestServer(int port, std::optional<TestCertificate> const& c
     state_->acceptor.set_option(tcp::acceptor::reuse_address(true));
     state_->acceptor.bind(endpoint);
     state_->acceptor.listen();
+    std::lock_guard const lock(state_->mutex);
     state_->threads.emplace_back([this] { state_->acceptAll(); });
 }
 

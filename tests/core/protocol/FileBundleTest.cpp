@@ -149,6 +149,16 @@ TEST_F(BundleWriterTest, theLengthOfAPathCountsBytes)
     EXPECT_THROW(writer.addFile(path + "a", file), BundleError);
 }
 
+TEST_F(BundleWriterTest, aPathThatNoReaderWouldTakeIsRefused)
+{
+    auto const file = make("a", "x");
+    BundleWriter writer(bundle(), false);
+    for (auto const* path : { "\xff", "themes/\xc3(", "\xed\xa0\x80" })
+        EXPECT_THAT([&] { writer.addFile(path, file); }, ThrowsMessage<BundleError>(badPathText));
+    writer.finish();
+    EXPECT_EQ(bundleBytes(), withoutHashes);
+}
+
 TEST_F(BundleWriterTest, aGivenHashIsTakenWithOrWithoutItsPrefix)
 {
     auto const file = make("a", "not abc");

@@ -176,6 +176,16 @@ TEST_F(HttpTransportTest, anEmptyBodyHasALengthToo)
     EXPECT_EQ(server.last().header("content-length"), "0");
 }
 
+TEST_F(HttpTransportTest, aHeaderWithoutAValueIsSentAllTheSame)
+{
+    Recorder const server;
+    auto request = get(server.url());
+    request.headers = { { "X-TWKB-Key", "" }, { "X-TWKB-Nonce", "n" } };
+    send(request);
+    EXPECT_THAT(server.last().headers, Contains(Pair("x-twkb-key", "")));
+    EXPECT_THAT(server.last().headers, Contains(Pair("x-twkb-nonce", "n")));
+}
+
 TEST_F(HttpTransportTest, aDeleteHasNoBody)
 {
     Recorder const server;
