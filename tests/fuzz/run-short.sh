@@ -5,13 +5,16 @@ set -euo pipefail
 seconds=${1:?usage: run-short.sh SECONDS [FOLDER]}
 here=$(cd "$(dirname "$0")" && pwd)
 folder=${2:-$here/../../build/fuzz/tests/fuzz}
-scratch=$(mktemp -d)
+targets=("$folder"/*_fuzz)
+[ -x "${targets[0]}" ] || { echo "No fuzz target in $folder; build the target \"fuzzers\" first." >&2; exit 2; }
+scratch=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-for target in "$folder"/*_fuzz; do
+for target in "${targets[@]}"; do
     name=$(basename "$target" _fuzz)
     mkdir "$scratch/$name"
     echo "$name, $seconds seconds"
-    "$target" -max_total_time="$seconds" -rss_limit_mb=4096 -timeout=25 -verbosity=0 -print_final_stats=1 \
-        "$scratch/$name" "$here/corpus/$name" 2>&1 | grep -vE '^stat::(new|slowest)'
+    # What a target leaves in the temporary directory goes with the scratch folder.
+    TMPDIR=$scratch "$target" -max_total_time="$seconds" -rss_limit_mb=4096 -timeout=25 -verbosity=0 \
+        -print_final_stats=1 "$scratch/$name" "$here/corpus/$name" 2>&1 | { grep -vE '^stat::(new|slowest)' || true; }
 done
