@@ -78,7 +78,7 @@ protected:
                 ++tried;
                 EXPECT_TRUE(*code == 0 || *code == 1) << *code;
                 EXPECT_THAT(namesIn(home.temporaryDirectory()), testing::IsEmpty());
-                waitForRemote();
+                relay->waitForConnections();
                 expectNothingButOldAndNew(direction, archive);
                 EXPECT_EQ(readTree(sourceOf(direction)), newFiles());
 

@@ -68,7 +68,7 @@ protected:
     /// Disarms the relay and has the requests counted from here.
     void settle()
     {
-        waitForRemote();
+        relay->waitForConnections();
         relay->callAt(std::numeric_limits<std::int64_t>::max() / 2, [] { });
         remote->forgetRequests();
     }

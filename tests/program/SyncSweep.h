@@ -17,7 +17,6 @@
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace harbor {
@@ -137,14 +136,6 @@ protected:
         empty(folder);
         for (auto const& [path, content] : tree)
             writeFile(folder + "/" + path, content);
-    }
-
-    /// Waits until the remote has ended all that it began: a program that was killed does not.
-    void waitForRemote() const
-    {
-        auto const isBusy = [](LoggedRequest const& request) { return request.status == 0; };
-        while (std::ranges::any_of(remote->requests(), isBusy))
-            std::this_thread::yield();
     }
 
     /// The paths of the source that the target holds whole.

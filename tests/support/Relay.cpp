@@ -21,6 +21,17 @@ sockaddr_in loopback(int port)
     return address;
 }
 
+/// A socket that is connected to the port, or -1.
+int connectTo(int port)
+{
+    auto const address = loopback(port);
+    auto const connection = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (::connect(connection, reinterpret_cast<sockaddr const*>(&address), sizeof address) == 0)
+        return connection;
+    ::close(connection);
+    return -1;
+}
+
 }  // namespace
 
 Relay::Relay(int serverPort)
@@ -48,8 +59,6 @@ Relay::~Relay()
     }
     acceptor_.join();
     threads_.clear();
-    for (auto const socket : sockets_)
-        ::close(socket);
     ::close(listener_);
 }
 
@@ -60,35 +69,57 @@ void Relay::callAt(std::int64_t byte, std::function<void()> reached)
     reached_ = std::move(reached);
 }
 
+void Relay::waitForConnections()
+{
+    // Connections are taken in the order of their making, so once this one has ended, through the server and
+    // back, all before it have been taken.
+    auto const last = connectTo(port_);
+    ::shutdown(last, SHUT_WR);
+    for (char byte = 0; ::recv(last, &byte, 1, 0) > 0;) { }
+    ::close(last);
+
+    std::unique_lock lock(mutex_);
+    connectionEnded_.wait(lock, [this] { return connections_ == 0; });
+}
+
 void Relay::acceptConnections()
 {
     for (;;) {
         auto const client = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
         if (client < 0)
             return;
-        connectThrough(client);
+        std::lock_guard const lock(mutex_);
+        ++connections_;
+        threads_.emplace_back([this, client] { serve(client); });
     }
 }
 
-void Relay::connectThrough(int client)
+/// Hands on both ways until both sides have ended the connection.
+void Relay::serve(int client)
 {
-    auto const server = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    auto const address = loopback(serverPort_);
-    auto const isConnected
-        = ::connect(server, reinterpret_cast<sockaddr const*>(&address), sizeof address) == 0;
+    auto const server = connectTo(serverPort_);
+    {
+        std::lock_guard const lock(mutex_);
+        sockets_.insert({ client, server });
+        if (isClosing_)
+            ::shutdown(client, SHUT_RDWR);
+    }
+
+    std::jthread back([this, client, server] { handOn(server, client); });
+    handOn(client, server);
+    back.join();
 
     std::lock_guard const lock(mutex_);
-    sockets_.push_back(client);
-    sockets_.push_back(server);
-    if (!isConnected || isClosing_) {
-        ::shutdown(client, SHUT_RDWR);
-        return;
+    for (auto const socket : { client, server }) {
+        sockets_.erase(socket);
+        ::close(socket);
     }
-    threads_.emplace_back([this, client, server] { pump(client, server); });
-    threads_.emplace_back([this, client, server] { pump(server, client); });
+    --connections_;
+    connectionEnded_.notify_all();
 }
 
-void Relay::pump(int from, int to)
+/// Hands on what comes until one side ends the connection.
+void Relay::handOn(int from, int to)
 {
     std::array<char, 16'384> buffer;
     for (;;) {

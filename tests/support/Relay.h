@@ -1,10 +1,12 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <list>
 #include <mutex>
+#include <set>
 #include <thread>
 
 namespace harbor {
@@ -23,11 +25,14 @@ public:
     std::int64_t passed() const { return passed_; }
     /// Calls `reached` once, before the byte of that number is handed on, counted from now.
     void callAt(std::int64_t byte, std::function<void()> reached);
+    /// Waits for the end of all connections made until now. A client that was killed leaves bytes on the way;
+    /// after this the server has got them and has done what they ask.
+    void waitForConnections();
 
 private:
     void acceptConnections();
-    void connectThrough(int client);
-    void pump(int from, int to);
+    void serve(int client);
+    void handOn(int from, int to);
     void count(std::int64_t bytes);
 
     int serverPort_;
@@ -38,7 +43,9 @@ private:
     bool isClosing_ = false;
     std::int64_t callAt_ = 0;
     std::function<void()> reached_;
-    std::list<int> sockets_;
+    std::set<int> sockets_;
+    int connections_ = 0;
+    std::condition_variable connectionEnded_;
     std::list<std::jthread> threads_;
     std::jthread acceptor_;
 };

@@ -44,7 +44,8 @@ struct Fault {
 
 /// What was asked of the remote, for assertions.
 struct LoggedRequest : TestRequest {
-    int status = 0;  ///< Of the reply; 0 while it is being made.
+    int status
+        = 0;  ///< Of the reply; 0 while it is being made, and for ever if the client left before its end.
 };
 
 /// A remote WordPress site with the companion plugin, on a loopback port: serves the whole interface over a
