@@ -5,6 +5,7 @@
 
 #include "core/base/FileSize.h"
 #include "core/base/Saturating.h"
+#include "core/base/StoppableClock.h"
 #include "core/sync/FileSync.h"
 #include "core/sync/SyncRun.h"
 
@@ -78,7 +79,7 @@ awaitable<void> runSync(Context& context, Direction direction, SyncOptions const
         .readKey = options.key.reader(),
         .conflictFound = [&conflict](std::string const& details) { conflict = details; },
         .stop = context.stopToken(),
-        .clock = Clock::system(),
+        .clock = stoppableClock(context.stopToken()),
         .transport = {} };
     auto const hasSucceeded
         = direction == Direction::push ? co_await runPush(std::move(run)) : co_await runPull(std::move(run));
@@ -156,7 +157,7 @@ awaitable<void> previewSync(Context& context, Direction direction, SyncOptions c
     FileTransfer transfer;
     if (scope.hasFiles()) {
         auto const key = co_await readKeyOf(site, options.key.reader());
-        SyncClient client(site.remoteSyncConfig->remoteURL, key);
+        SyncClient client(site.remoteSyncConfig->remoteURL, key, stoppableClock(context.stopToken()));
         SyncProgress progress(context.mainThread());
         ProgressDisplay const display(context.console(), progress);
         FileSync files(client, progress, context.stopToken());

@@ -2,6 +2,7 @@
 
 #include "core/base/Base64.h"
 #include "core/base/Describe.h"
+#include "core/base/Interrupted.h"
 #include "core/base/Random.h"
 #include "core/base/Sha256.h"
 #include "core/base/TemporaryFile.h"
@@ -146,6 +147,8 @@ awaitable<HttpResponse> SyncClient::transmit(HttpRequest request, SignedText tex
         auto const delay = retryDelay(header(response, "retry-after"), attempt);
         try {
             co_await clock_.sleep(delay);
+        } catch (Interrupted const&) {
+            throw;
         } catch (std::exception const&) {
             // A sleep that fails only means that the next attempt follows at once.
         }

@@ -41,6 +41,7 @@ awaitable<void> record(SyncRun const& run, SyncHistoryEntry entry)
 awaitable<void> warnOfConflicts(SyncRun const& run, SyncClient& client)
 {
     auto const result = co_await SyncConflictDetector::checkForConflicts(client, run.site.id, run.clock);
+    throwIfStopped(run.stop);
     if (result.kind == ConflictCheckResult::Case::remoteChanged) {
         run.conflictFound(result.text);
         run.progress->log("WARNING: " + result.text);
@@ -92,7 +93,6 @@ awaitable<void> push(SyncRun const& run)
     throwIfStopped(run.stop);
     co_await warnOfConflicts(run, client);
 
-    throwIfStopped(run.stop);
     if (run.scope().database)
         co_await pushDatabase(run, client);
     if (auto const scopes = run.scope().fileScopes(); !scopes.empty())

@@ -135,6 +135,24 @@ TEST_F(KillSweep, aPullInArchiveModeSurvivesBeingKilled) { sweep(Direction::pull
 TEST_F(KillSweep, aPushInChunkedModeSurvivesBeingKilled) { sweep(Direction::push, false, SIGKILL); }
 TEST_F(KillSweep, aPullInChunkedModeSurvivesBeingKilled) { sweep(Direction::pull, false, SIGKILL); }
 TEST_F(KillSweep, aPushEndsInOrderAfterCtrlC) { sweep(Direction::push, true, SIGINT); }
+TEST_F(KillSweep, aPullEndsInOrderAfterCtrlC) { sweep(Direction::pull, true, SIGINT); }
+
+TEST_F(KillSweep, ctrlCEndsTheWaitForARateLimit)
+{
+    haveRemote(true);
+    writeFile(root + "/themes/a.css", "a");
+    std::promise<pid_t> started;
+    auto limited = Fault::rateLimit("60");
+    limited.change = [pid = started.get_future().share()](TestReply&) { ::kill(pid.get(), SIGINT); };
+    remote->failOn("/manifest", limited);
+
+    Program program(arguments(Direction::push));
+    started.set_value(program.pid());
+
+    EXPECT_EQ(program.wait(), 130);
+    EXPECT_EQ(remote->requestsTo("/manifest").size(), 1U);
+    EXPECT_TRUE(namesIn(home.temporaryDirectory()).empty());
+}
 
 /// The remote refuses one request of a run after the other.
 TEST_F(KillSweep, aRefusalAtAnyRequestLeavesNothingOfOurs)

@@ -1,4 +1,6 @@
 #include "core/base/Async.h"
+#include "core/base/Interrupted.h"
+#include "core/base/StoppableClock.h"
 #include "core/base/WorkerPool.h"
 
 #include "tests/support/RunToEnd.h"
@@ -100,6 +102,25 @@ TEST_F(AsyncTest, callOnRunsAPlainFunctionElsewhere)
     auto const id
         = runToEnd(context, callOn(WorkerPool::executor(), [] { return std::this_thread::get_id(); }));
     EXPECT_NE(id, std::this_thread::get_id());
+}
+
+TEST(StoppableClock, aStopEndsASleepAtOnce)
+{
+    asio::io_context context;
+    std::stop_source stop;
+    auto const clock = stoppableClock(stop.get_token());
+
+    asio::post(context, [&stop] { stop.request_stop(); });
+    EXPECT_THROW(runToEnd(context, clock.sleep(86'400)), Interrupted);
+    EXPECT_THROW(runToEnd(context, clock.sleep(86'400)), Interrupted);
+}
+
+TEST(StoppableClock, withoutAStopASleepComesToItsEnd)
+{
+    asio::io_context context;
+    std::stop_source stop;
+
+    EXPECT_NO_THROW(runToEnd(context, stoppableClock(stop.get_token()).sleep(0.001)));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "core/sync/SyncRun.h"
 
+#include "core/base/StoppableClock.h"
 #include "core/sync/SyncConflictDetector.h"
 #include "core/sync/SyncHistoryStore.h"
 #include "tests/support/FileTree.h"
@@ -240,6 +241,36 @@ TEST_F(SyncRunTest, aStoppedRunIsToldAsInterrupted)
     EXPECT_EQ(progress->error(), "Interrupted.");
     EXPECT_FALSE(remote.hasFile("themes/a.css"));
     EXPECT_THAT(namesIn(home.temporaryDirectory()), Each(testing::StartsWith("twkb-remote-")));
+}
+
+TEST_F(SyncRunTest, aStopEndsTheWaitForARateLimit)
+{
+    auto limited = Fault::rateLimit("60");
+    limited.change = [this](TestReply&) { stop.request_stop(); };
+    remote.failOn("/manifest", limited);
+    auto run = makeRun();
+    run.clock = stoppableClock(stop.get_token());
+
+    EXPECT_FALSE(runToEnd(context, runPush(std::move(run))));
+
+    EXPECT_EQ(remote.requestsTo("/manifest").size(), 1U);
+    EXPECT_EQ(journal().at(0).errorMessage, "Interrupted.");
+}
+
+TEST_F(SyncRunTest, aStopDuringTheConflictCheckEndsTheRunWithoutAWordAboutConflicts)
+{
+    EXPECT_TRUE(push());
+    progress->reset();
+    remote.failOn("/manifest", Fault::json([this](Json& reply) {
+        reply["count"] = 77;
+        reply["files"] = Json::array();
+        stop.request_stop();
+    }));
+
+    EXPECT_FALSE(push());
+
+    EXPECT_THAT(logs(), ElementsAre("ERROR: Interrupted."));
+    EXPECT_THAT(conflicts, IsEmpty());
 }
 
 struct DescriptionCase {
