@@ -10,6 +10,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -108,8 +109,12 @@ void forEachIndex(std::size_t count, std::stop_token const& stop, Work work)
     };
     auto const threads = std::min<std::size_t>(std::max(1U, std::thread::hardware_concurrency()), count);
     std::vector<std::jthread> helpers;
-    for (std::size_t i = 1; i < threads; ++i)
-        helpers.emplace_back(run);
+    try {
+        for (std::size_t i = 1; i < threads; ++i)
+            helpers.emplace_back(run);
+    } catch (std::system_error const&) {
+        // A system without room for another thread takes its time with those that there are.
+    }
     run();
 }
 

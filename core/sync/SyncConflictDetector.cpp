@@ -5,6 +5,7 @@
 #include "core/base/File.h"
 #include "core/base/Paths.h"
 #include "core/base/Unicode.h"
+#include "core/base/WorkerPool.h"
 #include "core/sync/SipHash.h"
 
 #include <fmt/format.h>
@@ -79,6 +80,45 @@ std::string changeLine(std::int64_t countNow, std::int64_t countThen)
     return "Files modified on remote";
 }
 
+awaitable<ConflictCheckResult> check(SyncClient& client, Uuid siteID, Clock clock)
+{
+    using Case = ConflictCheckResult::Case;
+    auto const snapshot = SyncConflictDetector::loadSnapshot(siteID);
+    if (!snapshot)
+        co_return ConflictCheckResult { Case::noPreviousSync, {} };
+
+    ManifestResponse manifest;
+    try {
+        manifest = co_await client.fetchManifest("all");
+    } catch (std::exception const& error) {
+        co_return ConflictCheckResult { Case::checkFailed, describe(error) };
+    }
+    auto const hash = SyncConflictDetector::computeManifestHash(manifest.files);
+    if (!snapshot->fileManifestHash || *snapshot->fileManifestHash == hash)
+        co_return ConflictCheckResult { Case::noConflict, {} };
+
+    auto details = "Remote site has changed since your last sync ("
+        + relativeAge(snapshot->timestamp, clock.now()) + " ago):\n"
+        + changeLine(manifest.count, snapshot->fileCount);
+    co_return ConflictCheckResult { Case::remoteChanged, std::move(details) };
+}
+
+awaitable<void> fetchAndSave(SyncClient& client, Site site, Clock clock)
+{
+    ManifestResponse manifest;
+    try {
+        manifest = co_await client.fetchManifest("all");
+    } catch (std::exception const&) {
+        co_return;  // The operation itself has succeeded; the next check works with the older snapshot.
+    }
+    SyncSnapshot const snapshot { .siteURL = site.remoteSyncConfig ? site.remoteSyncConfig->remoteURL : "",
+        .timestamp = wholeSeconds(clock.now()),
+        .databaseHash = std::nullopt,
+        .fileManifestHash = SyncConflictDetector::computeManifestHash(manifest.files),
+        .fileCount = manifest.count };
+    SyncConflictDetector::saveSnapshot(snapshot, site.id);
+}
+
 }  // namespace
 
 std::string SyncConflictDetector::snapshotsDirectory()
@@ -144,44 +184,17 @@ std::string SyncConflictDetector::computeManifestHash(std::vector<ManifestFile> 
     return std::to_string(static_cast<std::int64_t>(sipHash13(processKey(), joined)));
 }
 
+// Both on the pool: the hash of a large manifest and the write of a snapshot would hold up the main thread.
+
 awaitable<ConflictCheckResult> SyncConflictDetector::checkForConflicts(
     SyncClient& client, Uuid siteID, Clock clock)
 {
-    using Case = ConflictCheckResult::Case;
-    auto const snapshot = loadSnapshot(siteID);
-    if (!snapshot)
-        co_return ConflictCheckResult { Case::noPreviousSync, {} };
-
-    ManifestResponse manifest;
-    try {
-        manifest = co_await client.fetchManifest("all");
-    } catch (std::exception const& error) {
-        co_return ConflictCheckResult { Case::checkFailed, describe(error) };
-    }
-    auto const hash = computeManifestHash(manifest.files);
-    if (!snapshot->fileManifestHash || *snapshot->fileManifestHash == hash)
-        co_return ConflictCheckResult { Case::noConflict, {} };
-
-    auto details = "Remote site has changed since your last sync ("
-        + relativeAge(snapshot->timestamp, clock.now()) + " ago):\n"
-        + changeLine(manifest.count, snapshot->fileCount);
-    co_return ConflictCheckResult { Case::remoteChanged, std::move(details) };
+    return runOn(WorkerPool::executor(), check(client, siteID, std::move(clock)));
 }
 
 awaitable<void> SyncConflictDetector::takeSnapshot(SyncClient& client, Site site, Clock clock)
 {
-    ManifestResponse manifest;
-    try {
-        manifest = co_await client.fetchManifest("all");
-    } catch (std::exception const&) {
-        co_return;  // The operation itself has succeeded; the next check works with the older snapshot.
-    }
-    SyncSnapshot const snapshot { .siteURL = site.remoteSyncConfig ? site.remoteSyncConfig->remoteURL : "",
-        .timestamp = wholeSeconds(clock.now()),
-        .databaseHash = std::nullopt,
-        .fileManifestHash = computeManifestHash(manifest.files),
-        .fileCount = manifest.count };
-    saveSnapshot(snapshot, site.id);
+    return runOn(WorkerPool::executor(), fetchAndSave(client, std::move(site), std::move(clock)));
 }
 
 }  // namespace harbor
