@@ -11,7 +11,7 @@ namespace {
 awaitable<void> printManifest(Context& context, std::string root, std::vector<std::string> scopes)
 {
     if (!fileExists(root))
-        throw CommandError("There is no folder " + root);
+        context.console().warn("There is no folder " + root);
     auto const stop = context.stopToken();
     auto const build = [&] { return LocalManifest::build(root, scopes, stop); };
     auto const files = co_await callOn(WorkerPool::executor(), build);

@@ -2,6 +2,7 @@
 #include "core/base/Sha256.h"
 #include "core/site/ShellRunner.h"
 #include "core/site/SiteStore.h"
+#include "core/sync/SyncHistoryStore.h"
 #include "tests/support/FileTree.h"
 #include "tests/support/RunToEnd.h"
 #include "tests/support/TemporaryHome.h"
@@ -82,9 +83,17 @@ TEST_F(SyncCommands, manifestOfAnEmptyFolderIsAnEmptyArray)
     EXPECT_EQ(parseJson(twkb({ "manifest", root }).stdout), Json::array());
 }
 
-TEST_F(SyncCommands, manifestRefusesAFolderThatIsMissingAndAScopeThatIsNone)
+TEST_F(SyncCommands, manifestOfAFolderThatIsMissingIsAnEmptyArrayAndAWarning)
 {
-    EXPECT_EQ(twkb({ "manifest", root + "/missing" }).exitCode, 1);
+    auto const result = twkb({ "manifest", root + "/missing" });
+
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(parseJson(result.stdout), Json::array());
+    EXPECT_THAT(result.stderr, HasSubstr("There is no folder " + root + "/missing"));
+}
+
+TEST_F(SyncCommands, manifestRefusesAScopeThatIsNone)
+{
     EXPECT_EQ(twkb({ "manifest", root, "--scope", "posts" }).exitCode, 2);
 }
 
@@ -202,6 +211,71 @@ TEST_F(SyncCommands, aDryRunForPeopleNamesEachScope)
     for (auto const* word : { "database", "themes", "plugins", "uploads", "Nothing was changed." })
         EXPECT_THAT(result.stdout, HasSubstr(word));
     EXPECT_THAT(readTree(root), IsEmpty());
+}
+
+TEST_F(SyncCommands, eachRunLeavesItsLineInTheJournal)
+{
+    writeFile(root + "/themes/a.css", "a");
+    EXPECT_EQ(sync({ "push", "shop", "--themes", "--uploads", "--yes" }).exitCode, 0);
+    EXPECT_EQ(sync({ "pull", "shop", "--plugins" }).exitCode, 0);
+    remote.failOn("/manifest", Fault::json([](Json&) { }));  // The check for conflicts goes well.
+    remote.failOn("/manifest", Fault::answer(413, R"({"message":"Too large"})"));
+    EXPECT_EQ(sync({ "push", "shop", "--themes", "--yes" }).exitCode, 1);
+
+    auto const result = twkb({ "history", "shop", "--json" });
+
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+    auto const journal = parseJson(result.stdout);
+    ASSERT_EQ(journal.size(), 3U);
+    EXPECT_EQ(journal, parseJson(readWholeFile(site.siteDirectory() + "/sync-history.json")));
+    EXPECT_EQ(journal[0]["kind"], "filesPush");
+    EXPECT_EQ(journal[0]["summary"], "Push (themes) failed");
+    EXPECT_EQ(journal[0]["success"], false);
+    EXPECT_EQ(journal[0]["errorMessage"], "Server error (413): Too large");
+    EXPECT_EQ(journal[1]["kind"], "filesPull");
+    EXPECT_EQ(journal[1]["summary"], "Pulled files (plugins) from " + remote.url());
+    EXPECT_EQ(journal[2]["kind"], "filesPush");
+    EXPECT_EQ(journal[2]["summary"], "Pushed files (themes, uploads) to " + remote.url());
+    EXPECT_EQ(journal[2]["success"], true);
+    EXPECT_FALSE(journal[2].contains("errorMessage"));
+    EXPECT_FALSE(journal[2].contains("backupID"));
+}
+
+TEST_F(SyncCommands, historyShowsTheNewestEightAndAllOnDemand)
+{
+    for (int i = 0; i < 9; ++i)
+        runToEnd(context,
+            SyncHistoryStore::shared().record(
+                SyncHistoryEntry::succeeded(SyncOperationKind::databasePush, "entry " + std::to_string(i),
+                    "backup-" + std::to_string(i)),
+                site));
+
+    auto const newest = twkb({ "history", "shop" });
+    EXPECT_THAT(newest.stdout, HasSubstr("entry 8"));
+    EXPECT_THAT(newest.stdout, HasSubstr("backup-8"));
+    EXPECT_THAT(newest.stdout, Not(HasSubstr("entry 0")));
+    EXPECT_THAT(twkb({ "history", "shop", "--all" }).stdout, HasSubstr("entry 0"));
+    EXPECT_EQ(parseJson(twkb({ "history", "shop", "--all", "--json" }).stdout).size(), 9U);
+}
+
+TEST_F(SyncCommands, theHistoryOfASiteThatNeverSyncedIsEmptyAndLeavesNoFile)
+{
+    EXPECT_EQ(parseJson(twkb({ "history", "shop", "--json" }).stdout), Json::array());
+    EXPECT_EQ(twkb({ "history", "shop" }).stdout, "");
+    EXPECT_FALSE(fileExists(site.siteDirectory() + "/sync-history.json"));
+}
+
+TEST_F(SyncCommands, thePushAfterTheFirstWarnsSinceEachProgramHasItsOwnHashKey)
+{
+    writeFile(root + "/themes/a.css", "a");
+    EXPECT_THAT(sync({ "push", "shop", "--themes", "--yes" }).stderr, Not(HasSubstr("WARNING")));
+
+    auto const again = sync({ "push", "shop", "--themes", "--yes" });
+
+    EXPECT_EQ(again.exitCode, 0);
+    EXPECT_THAT(again.stderr, HasSubstr("WARNING: Remote site has changed since your last sync ("));
+    EXPECT_THAT(again.stderr, HasSubstr(" ago):\nFiles modified on remote\n"));
+    EXPECT_THAT(again.stderr, HasSubstr("Proceeding with push (remote backup will be created)...\n"));
 }
 
 TEST_F(SyncCommands, aSiteWithoutARemoteIsAnError)
