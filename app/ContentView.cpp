@@ -32,6 +32,26 @@ void ContentView::showMode()
         = std::exchange(onboarding_, available ? nullptr : makeState<DockerOnboardingView>(app_));
     Q_EMIT modeChanged();
     showDetail();
+    carryOutPending();
+}
+
+void ContentView::carryOut(StartRequest request)
+{
+    if (request.kind == StartRequest::Kind::showWindow)
+        return;
+    pending_ = std::move(request);
+    carryOutPending();
+}
+
+void ContentView::carryOutPending()
+{
+    if (!sidebar_ || !pending_)
+        return;
+    auto const request = *std::exchange(pending_, std::nullopt);
+    if (request.kind == StartRequest::Kind::newSite)
+        sidebar_->openCreate();
+    else if (request.kind == StartRequest::Kind::importPackage)
+        sidebar_->openImport(request.package);
 }
 
 void ContentView::showDetail()

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "app/StartRequest.h"
+
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
 #include <memory>
+#include <optional>
 
 namespace harbor {
 
@@ -39,6 +42,9 @@ public:
     SidebarView* sidebar() const { return sidebar_.get(); }
     SiteDetailView* detail() const { return detail_.get(); }
 
+    /// Opens the sheet that was asked for, as soon as the sidebar shows: Docker may not have answered yet.
+    void carryOut(StartRequest request);
+
 Q_SIGNALS:
     void modeChanged();
     void detailChanged();
@@ -46,12 +52,14 @@ Q_SIGNALS:
 private:
     void showMode();
     void showDetail();
+    void carryOutPending();
 
     std::shared_ptr<AppState> app_;
     std::shared_ptr<PreferencesView> preferences_;
     std::shared_ptr<DockerOnboardingView> onboarding_;
     std::shared_ptr<SidebarView> sidebar_;
     std::shared_ptr<SiteDetailView> detail_;
+    std::optional<StartRequest> pending_;
 };
 
 }  // namespace harbor

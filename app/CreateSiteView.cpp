@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/QtMainThread.h"
+#include "app/RunNotice.h"
 
 #include "core/base/Describe.h"
 #include "core/base/Unicode.h"
@@ -27,6 +28,7 @@ awaitable<void> CreateSiteView::run(std::shared_ptr<CreateSiteView> self)
 {
     auto& app = *self->app_;
     auto const name = unicode::trimBlanks(fromQt(self->siteName_));
+    RunNotice const notice(app.desktop());
     std::optional<Site> site;
     try {
         site = co_await app.lifecycle().create(
@@ -37,8 +39,11 @@ awaitable<void> CreateSiteView::run(std::shared_ptr<CreateSiteView> self)
 
     self->isCreating_ = false;
     Q_EMIT self->changed();
-    if (!site)
+    if (!site) {
+        notice.end(QStringLiteral("Creation failed"), toQt(name) + QStringLiteral(": ") + self->error_);
         co_return;
+    }
+    notice.end(QStringLiteral("Site created"), toQt(name));
     app.siteStore().add(*site);
     app.setStatus(site->id, SiteStatus::running);
     app.select(site->id);

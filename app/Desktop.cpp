@@ -1,5 +1,7 @@
 #include "app/Desktop.h"
 
+#include "app/Notifications.h"
+
 #include "core/base/Paths.h"
 
 #include <QClipboard>
@@ -29,6 +31,8 @@ Desktop Desktop::system()
         .openURL = [](QUrl const& url) { QDesktopServices::openUrl(url); },
         .showFolder = [](QString const& folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
         .copyText = [](QString const& text) { QGuiApplication::clipboard()->setText(text); },
+        .isInFront = [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; },
+        .notify = showNotification,
         .defaults = std::make_shared<QSettings>(file, QSettings::IniFormat),
         .clock = Clock::system(),
     };

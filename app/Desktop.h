@@ -16,6 +16,9 @@ struct Desktop {
     std::function<void(QUrl const&)> openURL;               ///< In the default browser.
     std::function<void(QString const& folder)> showFolder;  ///< In the file viewer.
     std::function<void(QString const& text)> copyText;      ///< Replaces what the clipboard holds.
+    std::function<bool()> isInFront;                        ///< Whether a window of the program has the keys.
+    /// Shows a notification, for a user who looks at another program.
+    std::function<void(QString const& title, QString const& text)> notify;
     /// The user's defaults. Their keys are "defaultPHPVersion", "defaultWebServer" and, for each site,
     /// "wpcli-history-" followed by its id.
     std::shared_ptr<QSettings> defaults;

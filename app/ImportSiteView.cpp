@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/CreateSiteView.h"
 #include "app/QtMainThread.h"
+#include "app/RunNotice.h"
 #include "app/State.h"
 #include "app/Values.h"
 
@@ -106,6 +107,7 @@ awaitable<void> ImportSiteView::runImport(Self self)
     auto const file = self->selectedFile_;
     auto const importer = std::make_shared<SiteImporter>(*self->progress_->progress());
     self->importer_ = importer;
+    RunNotice const notice(self->app_->desktop());
     try {
         auto const site = co_await findOrCreateTarget(self);
         self->importedSite_ = site;
@@ -117,8 +119,17 @@ awaitable<void> ImportSiteView::runImport(Self self)
     } catch (std::exception const& error) {
         self->fail(describe(error));
     }
-    self->isImporting_ = false;
-    Q_EMIT self->changed();
+    self->finish(notice);
+}
+
+void ImportSiteView::finish(RunNotice const& notice)
+{
+    isImporting_ = false;
+    Q_EMIT changed();
+    if (error_.isEmpty())
+        notice.end(QStringLiteral("Import complete"), fileName());
+    else
+        notice.end(QStringLiteral("Import failed"), error_);
 }
 
 awaitable<Site> ImportSiteView::findOrCreateTarget(Self self)
@@ -156,13 +167,13 @@ void ImportSiteView::retryClicked()
 awaitable<void> ImportSiteView::runRetry(Self self, std::string file, Site site)
 {
     auto const importer = self->importer_;
+    RunNotice const notice(self->app_->desktop());
     try {
         co_await importer->retryDatabaseImport(std::move(file), std::move(site));
     } catch (std::exception const& error) {
         self->fail(describe(error));
     }
-    self->isImporting_ = false;
-    Q_EMIT self->changed();
+    self->finish(notice);
 }
 
 void ImportSiteView::begin()

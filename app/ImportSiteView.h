@@ -17,6 +17,7 @@
 namespace harbor {
 
 class AppState;
+class RunNotice;
 
 /// The sheet that fills a new or an existing site from an export package. It works on a copy of the chosen
 /// file, in a private folder, so that the file itself is never touched. Closing the sheet does not stop an
@@ -100,6 +101,7 @@ private:
     static awaitable<Site> findOrCreateTarget(Self self);
     awaitable<Site> createTarget(std::string name);
     void begin();
+    void finish(RunNotice const& notice);
     void fail(std::string const& description);
     void proposeName();
 

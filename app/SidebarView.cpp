@@ -30,12 +30,17 @@ void SidebarView::openCreate()
 
 void SidebarView::openImport(QString const& file)
 {
+    auto const choose = [&] {
+        if (!file.isEmpty())
+            importSheet_->fileChosen(QUrl::fromLocalFile(file));
+    };
+    if (importSheet_)
+        choose();
     if (createSheet_ || importSheet_)
         return;
     importSheet_ = makeState<ImportSiteView>(app_);
     connect(importSheet_.get(), &ImportSiteView::closeRequested, this, &SidebarView::closeSheet);
-    if (!file.isEmpty())
-        importSheet_->fileChosen(QUrl::fromLocalFile(file));
+    choose();
     Q_EMIT sheetsChanged();
 }
 

@@ -31,7 +31,7 @@ public:
     ~SidebarView() override;
 
     Q_INVOKABLE void openCreate();
-    /// @param file  package that the sheet begins with, or empty
+    /// @param file  package that the sheet begins with, or empty; one that is open already turns to it
     Q_INVOKABLE void openImport(QString const& file = {});
     Q_INVOKABLE void closeSheet();
 

@@ -25,7 +25,7 @@ SingleInstance::SingleInstance(QString folder)
 
 SingleInstance::~SingleInstance() = default;
 
-bool SingleInstance::claim(QString const& file)
+bool SingleInstance::claim(QString const& request)
 {
     // The lock decides, not the socket: of two processes started at once one would remove the other's socket.
     if (lock_->tryLock()) {
@@ -34,17 +34,17 @@ bool SingleInstance::claim(QString const& file)
     }
     if (lock_->error() != QLockFile::LockFailedError)
         return true;  // No place to lock is no reason to refuse the user.
-    handOver(file);
+    handOver(request);
     return false;
 }
 
-bool SingleInstance::handOver(QString const& file) const
+bool SingleInstance::handOver(QString const& request) const
 {
     QLocalSocket socket;
     socket.connectToServer(socket_);
     if (!socket.waitForConnected(patience))
         return false;
-    socket.write(file.toUtf8() + '\n');
+    socket.write(request.toUtf8() + '\n');
     return socket.waitForBytesWritten(patience);
 }
 

@@ -19,19 +19,19 @@ public:
     explicit SingleInstance(QString folder);
     ~SingleInstance() override;
 
-    /// Whether this process is the first. If it is not, `file` has been handed to the one that is.
-    /// @param file  absolute path of a package to import, or empty
-    bool claim(QString const& file);
+    /// Whether this process is the first. If it is not, `request` has been handed to the one that is.
+    /// @param request  what the start was for, one line
+    bool claim(QString const& request);
 
     /// The user's private folder for sockets: `$XDG_RUNTIME_DIR`, else the program's state folder.
     static QString userFolder();
 
 Q_SIGNALS:
-    /// Another start asked for the window, and maybe for the import of `file`.
-    void activated(QString const& file);
+    /// Another start asked for the window, and for what its line says.
+    void activated(QString const& request);
 
 private:
-    bool handOver(QString const& file) const;
+    bool handOver(QString const& request) const;
     void listen();
     void receive();
 

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/ProductionGuardSheet.h"
 #include "app/QtMainThread.h"
+#include "app/RunNotice.h"
 #include "app/State.h"
 #include "app/Values.h"
 
@@ -75,11 +76,20 @@ awaitable<void> SyncOperationView::run(
     run.site = std::move(site);
     run.progress = self->progress_->progress();
     run.scope = [self] { return self->scope_; };
+    auto const notice = RunNotice(self->app_->desktop());
+    auto const name = toQt(run.site.name);
     run.conflictFound = [self](std::string const& details) { self->setConflictWarning(toQt(details)); };
+    auto hasSucceeded = false;
     if (direction == Direction::push)
-        co_await runPush(std::move(run));
+        hasSucceeded = co_await runPush(std::move(run));
     else
-        co_await runPull(std::move(run));
+        hasSucceeded = co_await runPull(std::move(run));
+
+    auto const title = direction == Direction::push ? QStringLiteral("Push ") : QStringLiteral("Pull ");
+    if (hasSucceeded)
+        notice.end(title + QStringLiteral("complete"), name);
+    else
+        notice.end(title + QStringLiteral("failed"), name + QStringLiteral(": ") + self->progress_->error());
 }
 
 bool SyncOperationView::isGuarded() const

@@ -1,59 +1,53 @@
 #include "app/Appearance.h"
 #include "app/MainWindow.h"
 #include "app/SingleInstance.h"
+#include "app/StartRequest.h"
 #include "app/State.h"
 #include "app/TrayIcon.h"
 
-#include "core/base/NotificationCenter.h"
-
 #include <QApplication>
-#include <QFileInfo>
 #include <QQuickWindow>
+
+#include <cstdio>
 
 using namespace harbor;
 
 namespace {
 
-/// The package that the program was asked to import, as an absolute path; empty without one.
-QString packageArgument()
+QStringList wordsOf(int argc, char** argv)
 {
-    auto const arguments = QCoreApplication::arguments();
-    return arguments.size() > 1 ? QFileInfo(arguments.at(1)).absoluteFilePath() : QString();
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
+    return words;
 }
 
-void import(QString const& package)
+int tell(StartWords const& start)
 {
-    if (!package.isEmpty())
-        NotificationCenter::shared().post("showImportSite", package.toStdString());
-}
-
-/// A package given at the start waits for the sidebar, which first shows when Docker has answered.
-void importOnceReady(ContentView& content, QString const& package)
-{
-    if (package.isEmpty())
-        return;
-    QObject::connect(
-        &content, &ContentView::modeChanged, &content, [&content, package, isDone = false]() mutable {
-            if (isDone || !content.sidebar())
-                return;
-            isDone = true;
-            import(package);
-        });
+    std::fputs(qPrintable(start.output), start.hasFailed ? stderr : stdout);
+    return start.hasFailed ? 2 : 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
+    // The version can be told without a display, without which Qt ends the program.
+    auto const early = readStartWords(wordsOf(argc, argv));
+    if (early.isOver && !early.hasFailed)
+        return tell(early);
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Tallowick Harbor"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tallowick Harbor"));
     QGuiApplication::setDesktopFileName(QStringLiteral("tallowick-harbor"));
     QCoreApplication::setApplicationVersion(QStringLiteral(HARBOR_VERSION));
 
-    auto const package = packageArgument();
+    // Now without the words that are for Qt.
+    auto const start = readStartWords(QCoreApplication::arguments().mid(1));
+    if (start.isOver)
+        return tell(start);
     SingleInstance instance(SingleInstance::userFolder());
-    if (!instance.claim(package))
+    if (!instance.claim(start.request.line()))
         return 0;
 
     Appearance::shared().followDesktop();
@@ -64,10 +58,10 @@ int main(int argc, char** argv)
         if (!main.load())
             return 1;
         TrayIcon const tray(main.trayPanel());
-        importOnceReady(main.content(), package);
-        QObject::connect(&instance, &SingleInstance::activated, &main, [&main](QString const& file) {
+        main.content().carryOut(start.request);
+        QObject::connect(&instance, &SingleInstance::activated, &main, [&main](QString const& line) {
             main.raise();
-            import(file);
+            main.content().carryOut(StartRequest::fromLine(line));
         });
         result = QApplication::exec();
     }

@@ -59,8 +59,12 @@ Desktop recordedDesktop(std::shared_ptr<RecordedDesktop> record, std::string con
         .openURL = [record](QUrl const& url) { record->openedURLs.append(url.toString()); },
         .showFolder = [record](QString const& folder) { record->shownFolders.append(folder); },
         .copyText = [record](QString const& text) { record->clipboard = text; },
+        .isInFront = [record] { return record->isInFront; },
+        .notify
+        = [record](QString const& title,
+              QString const& text) { record->notifications.append(title + QLatin1String(": ") + text); },
         .defaults = std::make_shared<QSettings>(toQt(home + "/defaults.ini"), QSettings::IniFormat),
-        .clock = { .now = Clock::system().now, .sleep = sleep },
+        .clock = { .now = [record] { return record->now(); }, .sleep = sleep },
     };
 }
 

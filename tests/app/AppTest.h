@@ -26,6 +26,9 @@ struct RecordedDesktop {
     QStringList openedURLs;
     QStringList shownFolders;
     QString clipboard;
+    bool isInFront = true;
+    QStringList notifications;  ///< "Push complete: Bakery"
+    std::function<TimePoint()> now = Clock::system().now;
     int sleeps = 0;                     ///< Waits that were begun.
     std::function<void()> wakeSleeper;  ///< Ends the wait that is under way.
 };
