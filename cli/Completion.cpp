@@ -33,7 +33,12 @@ _twkb() {
         _files
     fi
 }
-compdef _twkb twkb
+# Loaded by zsh on the first use, this file is the body of the function; read by eval, it only defines it.
+if [[ "${funcstack[1]}" = _twkb ]]; then
+    _twkb "$@"
+else
+    compdef _twkb twkb
+fi
 )sh";
 
 constexpr std::string_view fishScript = R"sh(function __twkb_complete

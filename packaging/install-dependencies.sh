@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian or Ubuntu packages that are still missing, and says nothing when none is.
 #
-#   packaging/install-dependencies.sh GROUP...     groups: build app test bench
+#   packaging/install-dependencies.sh GROUP...     groups: build app test bench coverage package
 #
 # This is the one list of the packages that the program is built from and tested with.
 set -euo pipefail
@@ -23,9 +23,12 @@ app=(
 test=(
     libgtest-dev libgmock-dev libcpp-httplib-dev qml6-module-qttest
     dbus dbus-x11 gnome-keyring libsecret-tools
-    xvfb xauth xdotool procps curl zip unzip man-db
+    xvfb xauth xdotool procps curl zip unzip man-db libnss3-tools
 )
 bench=(libbenchmark-dev hyperfine)
+coverage=(llvm-19)
+# For packaging/build-deb and the test of what it builds.
+package=(dpkg-dev librsvg2-bin lintian desktop-file-utils appstream debootstrap)
 
 missing_of() { # PACKAGE...
     local have
@@ -55,6 +58,8 @@ for group in "$@"; do
         app) wanted+=("${app[@]}") ;;
         test) wanted+=("${test[@]}") ;;
         bench) wanted+=("${bench[@]}") ;;
+        coverage) wanted+=("${coverage[@]}") ;;
+        package) wanted+=("${package[@]}") ;;
         *) echo "unknown group: $group" >&2; exit 2 ;;
     esac
 done

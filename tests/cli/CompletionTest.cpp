@@ -57,6 +57,21 @@ TEST_F(CompletionScripts, bashCompletesASiteName)
     EXPECT_EQ(result.stdout, "shop\n") << result.stderr;
 }
 
+TEST_F(CompletionScripts, zshCompletesFromTheFirstTabOn)
+{
+    addSite("Shop");
+    auto const folder = std::string(HARBOR_TWKB).substr(0, std::string(HARBOR_TWKB).rfind('/'));
+    auto const script = "PATH=" + shellQuoted(folder) + R"sh(:$PATH
+twkb completion zsh > $HOME/_twkb
+compdef() { print compdef $@ }
+_describe() { print -l ${(P)2} }
+words=(twkb site start s) CURRENT=4
+fpath=($HOME) && autoload -Uz _twkb && _twkb && _twkb
+eval "$(twkb completion zsh)")sh";
+    auto const result = runToEnd(context, ShellRunner::shared().run("/bin/zsh", { "-fc", script }));
+    EXPECT_EQ(result.stdout, "shop:Shop\nshop:Shop\ncompdef _twkb twkb\n") << result.stderr;
+}
+
 TEST_F(CompletionScripts, candidatesCarryTheirDescriptionBehindATab)
 {
     addSite("My Shop");
