@@ -161,6 +161,9 @@ std::string readWholeFile(std::string const& path)
     std::string content;
     // One byte more than the size, so that the last read finds the end without growing the buffer.
     auto room = static_cast<std::size_t>(file.size()) + 1;
+    // And what a parser wants behind the text, which else would cost it a copy of the whole.
+    constexpr std::size_t padding = 128;
+    content.reserve(room + padding);
     for (;;) {
         auto const used = content.size();
         content.resize(used + room);

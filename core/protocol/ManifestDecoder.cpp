@@ -4,6 +4,7 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace harbor {
 
@@ -13,6 +14,8 @@ namespace ondemand = simdjson::ondemand;
 using simdjson::ondemand::json_type;
 
 constexpr auto deepestNesting = 512;
+/// What a file usually takes up, in bytes of JSON: a guess at their number, so that the list seldom grows.
+constexpr std::size_t usualLength = 180;
 
 void checkDepth(int depth)
 {
@@ -154,10 +157,11 @@ std::optional<std::string> readFile(
     return wrong ? firstProblem(slots, elementPath(list, index)) : std::nullopt;
 }
 
-Files readFiles(ondemand::array array, std::string_view list, int depth)
+Files readFiles(ondemand::array array, std::string_view list, int depth, std::size_t expected)
 {
     checkDepth(depth);
     Files result;
+    result.files.reserve(expected);
     std::size_t index = 0;
     for (ondemand::value element : array) {
         std::optional<std::string> problem;
@@ -206,7 +210,8 @@ auto decodeDocument(std::string json, json_type type, std::string_view wanted, D
 
 ManifestResponse decodeManifest(std::string json)
 {
-    auto const decode = [](ondemand::document& document, std::optional<std::string>& problem) {
+    auto expected = json.size() / usualLength;
+    auto const decode = [&expected](ondemand::document& document, std::optional<std::string>& problem) {
         ManifestResponse result;
         Files files;
         std::array<Slot, 3> slots { { { "files" }, { "total_size" }, { "count" } } };
@@ -214,7 +219,8 @@ ManifestResponse decodeManifest(std::string json)
             std::string_view const key = field.unescaped_key();
             auto value = field.value();
             if (key == "files" && value.type() == json_type::array) {
-                files = readFiles(value.get_array(), "files", 2);
+                // The room is made once: a hostile manifest may repeat the key.
+                files = readFiles(value.get_array(), "files", 2, std::exchange(expected, 0));
                 slots[0].problem.reset();
             } else if (key == "files") {
                 files = {};
@@ -236,8 +242,9 @@ ManifestResponse decodeManifest(std::string json)
 
 std::vector<ManifestFile> decodeManifestFiles(std::string json)
 {
-    auto const decode = [](ondemand::document& document, std::optional<std::string>& problem) {
-        auto files = readFiles(document.get_array(), {}, 1);
+    auto const expected = json.size() / usualLength;
+    auto const decode = [expected](ondemand::document& document, std::optional<std::string>& problem) {
+        auto files = readFiles(document.get_array(), {}, 1, expected);
         problem = std::move(files.problem);
         return std::move(files.files);
     };
