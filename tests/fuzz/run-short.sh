@@ -1,10 +1,10 @@
 #!/bin/bash
-# run-short.sh SECONDS [FOLDER]: runs every fuzz target in FOLDER (build/fuzz/tests/fuzz) for so many seconds, one at a time, over a
+# run-short.sh SECONDS [FOLDER]: runs every fuzz target in FOLDER (build/asan/tests/fuzz) for so many seconds, one at a time, over a
 # copy of its seeds. Ends with the first finding, whose input stays in the current folder.
 set -euo pipefail
 seconds=${1:?usage: run-short.sh SECONDS [FOLDER]}
 here=$(cd "$(dirname "$0")" && pwd)
-folder=${2:-$here/../../build/fuzz/tests/fuzz}
+folder=${2:-$here/../../build/asan/tests/fuzz}
 targets=("$folder"/*_fuzz)
 [ -x "${targets[0]}" ] || { echo "No fuzz target in $folder; build the target \"fuzzers\" first." >&2; exit 2; }
 scratch=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
