@@ -46,7 +46,8 @@ std::vector<std::string> takeWordsBehindMark(std::vector<std::string>& words)
 /// Parses the words and runs the command that they choose.
 int runProgram(int argumentCount, char** arguments)
 {
-    Context context;
+    // Never destroyed: a worker that has handed in the last result may still be letting go of the event loop.
+    static auto& context = *new Context;
     CLI::App program { "Local WordPress sites in Docker, in step with their remotes", "twkb" };
     program.formatter(std::make_shared<HelpFormatter>());
     program.set_version_flag("--version", "twkb " HARBOR_VERSION, "Print the version");
