@@ -32,6 +32,9 @@ void addCompletionCommands(CLI::App& program, Context& context);
 /// Adds "logs" to the group of sites.
 void addLogsCommand(CLI::App& group, Context& context);
 
+/// Adds "trust" and "untrust" to the group of sites.
+void addTrustCommands(CLI::App& group, Context& context);
+
 /// All of them, with the options that every command has.
 void addCommands(CLI::App& program, Context& context);
 

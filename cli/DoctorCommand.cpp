@@ -3,11 +3,15 @@
 #include "core/base/Describe.h"
 #include "core/base/File.h"
 #include "core/base/Paths.h"
+#include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
+#include "core/docker/BrowserTrust.h"
 #include "core/docker/DockerDiagnosis.h"
 #include "core/site/KeychainHelper.h"
 #include "core/site/PortAllocator.h"
 #include "core/site/ShellRunner.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -166,6 +170,45 @@ void checkPorts(std::vector<Site> const& sites, std::vector<SiteStatus> const& s
             "Stop or delete sites, or stop what listens on 8080-8999, 4430-4999 or 33060-33999." });
 }
 
+/// What the browsers hold for one site.
+awaitable<std::string> trustWords(Site site, std::vector<BrowserStore> stores)
+{
+    std::size_t trusting = 0;
+    for (auto const& store : stores) {
+        auto const found = co_await browserTrust(store, site);
+        if (found == BrowserTrust::outdated)
+            co_return "an old certificate is trusted";
+        trusting += found == BrowserTrust::current ? 1 : 0;
+    }
+    co_return trusting == 0         ? "not trusted"
+        : trusting == stores.size() ? "trusted"
+                                    : fmt::format("trusted by {} of {}", trusting, stores.size());
+}
+
+/// Whether browsers trust the sites is the user's choice: nothing here is a fault.
+awaitable<DiagnosisCheck> checkBrowsers(std::vector<Site> sites)
+{
+    auto const stores = browserStores();
+    if (stores.empty())
+        co_return DiagnosisCheck { "Browsers", Outcome::ok, "None keeps certificates in this home.", {} };
+    DiagnosisCheck check { "Browsers", Outcome::ok, {}, {} };
+    try {
+        for (auto const& site : sites) {
+            if (fileExists(site.siteDirectory() + "/ssl/server.crt"))
+                check.text += site.slug + ": " + co_await trustWords(site, stores) + ". ";
+        }
+    } catch (std::exception const& error) {
+        check.outcome = Outcome::warn;
+        check.text = describe(error);
+    }
+    if (check.text.empty())
+        check.text = "No site has a certificate.";
+    else
+        check.cure = "Change it with \"twkb site trust\" and \"untrust\".";
+    check.text = unicode::trimWhiteSpace(check.text);
+    co_return check;
+}
+
 awaitable<Checks> allChecks(Context& context)
 {
     Checks checks;
@@ -184,6 +227,7 @@ awaitable<Checks> allChecks(Context& context)
     checkMissingFolders(sites, checks);
     checkOrphans(sites, checks);
     checkPorts(sites, statuses, context.sites().usedPorts(), checks);
+    checks.push_back(co_await checkBrowsers(sites));
     co_return checks;
 }
 

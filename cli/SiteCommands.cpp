@@ -294,6 +294,7 @@ void addSiteCommands(CLI::App& program, Context& context)
     addLogsCommand(group, context);
     onRun(addSiteCommand(group, "cert", "Show the state of a site's certificate", which), context,
         [&context, which] { return showCertificate(context, *which); });
+    addTrustCommands(group, context);
     addOpenCommand(group, context);
 }
 
