@@ -106,6 +106,8 @@ void BundleWriter::addFile(
         throw BundleError::pathTooLong();
     if (!unicode::isValidUtf8(entryPath))
         throw BundleError::badPath();
+    // Judged first: the hash of a file that could not be read is empty, and that is what is told of it.
+    auto const given = includeHashes_ && hash ? std::optional(givenDigest(*hash)) : std::nullopt;
     auto source = File::openForReading(file);
     auto owed = static_cast<std::uint64_t>(source.size());
 
@@ -113,7 +115,7 @@ void BundleWriter::addFile(
     appendLittleEndian(head, static_cast<std::uint32_t>(entryPath.size()));
     head += entryPath;
     if (includeHashes_) {
-        auto const digest = hash ? givenDigest(*hash) : digestOfFile(file);
+        auto const digest = given ? *given : digestOfFile(file);
         head.append(reinterpret_cast<char const*>(digest.data()), digest.size());
     }
     appendLittleEndian(head, owed);

@@ -328,7 +328,7 @@ TEST_F(FilePushTest, aFileWithoutAHashEndsAnArchiveRun)
     createDirectories(root + "/themes");
     ASSERT_EQ(::mkfifo((root + "/themes/pipe").c_str(), 0644), 0);
 
-    EXPECT_ANY_THROW(push({ "themes" }));
+    expectFailure([&] { push({ "themes" }); }, "Bundle entry hash is invalid.");
     EXPECT_THAT(temporaryFiles(), IsEmpty());
     EXPECT_THAT(remote->requestsTo("/files/archive"), IsEmpty());
 }
