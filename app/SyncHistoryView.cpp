@@ -12,25 +12,6 @@ namespace {
 
 constexpr std::size_t recentEntries = 8;
 
-QString labelOf(SyncOperationKind kind)
-{
-    switch (kind) {
-    case SyncOperationKind::contentPush:
-        return QStringLiteral("Content push");
-    case SyncOperationKind::contentPull:
-        return QStringLiteral("Content pull");
-    case SyncOperationKind::databasePush:
-        return QStringLiteral("Database push");
-    case SyncOperationKind::databasePull:
-        return QStringLiteral("Database pull");
-    case SyncOperationKind::filesPush:
-        return QStringLiteral("Files push");
-    case SyncOperationKind::filesPull:
-        break;
-    }
-    return QStringLiteral("Files pull");
-}
-
 QString markOf(SyncHistoryEntry const& entry)
 {
     if (!entry.success)
@@ -44,7 +25,7 @@ HistoryValue valueOf(SyncHistoryEntry const& entry)
 {
     return {
         .summary = toQt(entry.summary),
-        .kindLabel = labelOf(entry.kind),
+        .kindLabel = toQt(displayName(entry.kind)),
         .mark = markOf(entry),
         .date = toMilliseconds(entry.date),
         .errorMessage = toQt(entry.errorMessage.value_or("")),

@@ -3,10 +3,9 @@
 #include "app/Values.h"
 
 #include "core/base/FileSize.h"
+#include "core/base/Uptime.h"
 
 #include <QRegularExpression>
-
-#include <algorithm>
 
 namespace harbor {
 
@@ -16,12 +15,6 @@ TimePoint moment(double milliseconds)
 {
     return TimePoint(std::chrono::duration_cast<TimePoint::duration>(
         std::chrono::duration<double, std::milli>(milliseconds)));
-}
-
-QString twoUnits(qint64 large, char const* largeUnit, qint64 small, char const* smallUnit)
-{
-    return QString::number(large) + QLatin1String(largeUnit) + QLatin1Char(' ') + QString::number(small)
-        + QLatin1String(smallUnit);
 }
 
 /// Each tab reaches the next multiple of eight columns, as in a terminal.
@@ -42,16 +35,7 @@ QString withTabsWidened(QString const& line)
 
 QString Texts::uptime(double startedAt, double now) const
 {
-    auto const seconds = std::max<qint64>(0, static_cast<qint64>((now - startedAt) / 1000));
-    auto const minutes = seconds / 60;
-    auto const hours = minutes / 60;
-    if (minutes < 1)
-        return QString::number(seconds) + QLatin1Char('s');
-    if (hours < 1)
-        return twoUnits(minutes, "m", seconds % 60, "s");
-    if (hours < 24)
-        return twoUnits(hours, "h", minutes % 60, "m");
-    return twoUnits(hours / 24, "d", hours % 24, "h");
+    return toQt(uptimeText(moment(startedAt), moment(now)));
 }
 
 QString Texts::age(double date, double now) const { return toQt(ageText(moment(date), moment(now))); }

@@ -1,6 +1,6 @@
 #include "cli/SiteReport.h"
 
-#include <fmt/format.h>
+#include "core/base/Uptime.h"
 
 namespace harbor::cli {
 
@@ -54,18 +54,6 @@ Cell healthCell(ContainerInfo const& container)
 }
 
 }  // namespace
-
-std::string uptimeText(std::chrono::seconds elapsed)
-{
-    auto const seconds = elapsed.count();
-    if (seconds < 60)
-        return fmt::format("{}s", seconds);
-    if (seconds < 3600)
-        return fmt::format("{}m {}s", seconds / 60, seconds % 60);
-    if (seconds < 86'400)
-        return fmt::format("{}h {}m", seconds / 3600, seconds % 3600 / 60);
-    return fmt::format("{}d {}h", seconds / 86'400, seconds % 86'400 / 3600);
-}
 
 std::string certificateText(SSLCertStatus const& certificate)
 {
@@ -157,10 +145,8 @@ std::vector<Row> rowsOf(std::vector<ContainerInfo> const& containers, TimePoint 
         { "UPTIME", Style::bold }, { "NAME", Style::bold } });
     for (auto const& container : containers) {
         auto const start = container.startedAt();
-        auto const elapsed
-            = start ? std::chrono::floor<std::chrono::seconds>(now - *start) : std::chrono::seconds();
         rows.push_back({ container.Service, stateCell(container), healthCell(container),
-            start ? "Up " + uptimeText(elapsed) : "-", container.Name });
+            start ? "Up " + uptimeText(*start, now) : "-", container.Name });
     }
     return rows;
 }

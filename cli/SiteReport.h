@@ -33,7 +33,4 @@ std::vector<Row> rowsOf(std::vector<ContainerInfo> const& containers, TimePoint 
 Cell statusCell(SiteStatus status);
 std::string certificateText(SSLCertStatus const& certificate);
 
-/// The two largest units: "59m 59s", "1d 1h".
-std::string uptimeText(std::chrono::seconds elapsed);
-
 }  // namespace harbor::cli

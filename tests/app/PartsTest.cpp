@@ -132,27 +132,6 @@ TEST(LineModel, fiftyMegabytesBecomeRowsWhenLookedAt)
     EXPECT_EQ(model.at(1'162'790).value<LogLine>().text, text("a line of a command that says far too much"));
 }
 
-struct UptimeCase {
-    std::string behaviour;
-    double seconds;
-    char const* expected;
-};
-
-class Uptime : public testing::TestWithParam<UptimeCase> { };
-
-TEST_P(Uptime, showsTheTwoLargestUnits)
-{
-    EXPECT_EQ(Texts().uptime(1'000, 1'000 + GetParam().seconds * 1000), text(GetParam().expected));
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, Uptime,
-    testing::Values(UptimeCase { "startsAtNothing", 0, "0s" }, UptimeCase { "belowAMinute", 59.9, "59s" },
-        UptimeCase { "aMinute", 60, "1m 0s" }, UptimeCase { "belowAnHour", 3599, "59m 59s" },
-        UptimeCase { "anHour", 3600, "1h 0m" }, UptimeCase { "belowADay", 86399, "23h 59m" },
-        UptimeCase { "aDay", 86400, "1d 0h" }, UptimeCase { "aDayAndAnHour", 90000, "1d 1h" },
-        UptimeCase { "aClockThatWasSetBack", -5, "0s" }),
-    [](auto const& test) { return test.param.behaviour; });
-
 TEST(Texts, displayLinesHaveNoControlSequences)
 {
     Texts const texts;

@@ -35,12 +35,4 @@ TEST(TerminalText, aLongPathKeepsItsEnd)
     EXPECT_EQ(shortenedAtStart("abc", 0), "");
 }
 
-TEST(Uptime, showsTheTwoLargestUnits)
-{
-    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(59)), "59s");
-    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(3599)), "59m 59s");
-    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(3600)), "1h 0m");
-    EXPECT_EQ(cli::uptimeText(std::chrono::seconds(90'000)), "1d 1h");
-}
-
 }  // namespace harbor

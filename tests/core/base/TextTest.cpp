@@ -1,6 +1,7 @@
 #include "core/base/FileSize.h"
 #include "core/base/Timestamp.h"
 #include "core/base/Unicode.h"
+#include "core/base/Uptime.h"
 
 #include <gmock/gmock.h>
 
@@ -92,6 +93,28 @@ INSTANTIATE_TEST_SUITE_P(Cases, AgeText,
         AgeCase { "hours", 23h, "23 hours" }, AgeCase { "aDay", 24h, "1 day" },
         AgeCase { "days", days(6), "6 days" }, AgeCase { "aWeek", days(7), "1 week" },
         AgeCase { "months", days(70), "2 months" }, AgeCase { "years", days(800), "2 years" }),
+    [](auto const& test) { return test.param.behaviour; });
+
+struct UptimeCase {
+    std::string behaviour;
+    std::chrono::milliseconds elapsed;
+    std::string text;
+};
+
+class UptimeText : public testing::TestWithParam<UptimeCase> { };
+
+TEST_P(UptimeText, showsTheTwoLargestUnits)
+{
+    TimePoint const start(1s);
+    EXPECT_EQ(uptimeText(start, start + GetParam().elapsed), GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, UptimeText,
+    testing::Values(UptimeCase { "startsAtNothing", 0s, "0s" },
+        UptimeCase { "belowAMinute", 59'900ms, "59s" }, UptimeCase { "aMinute", 60s, "1m 0s" },
+        UptimeCase { "belowAnHour", 3'599s, "59m 59s" }, UptimeCase { "anHour", 3'600s, "1h 0m" },
+        UptimeCase { "belowADay", 86'399s, "23h 59m" }, UptimeCase { "aDay", 86'400s, "1d 0h" },
+        UptimeCase { "aDayAndAnHour", 90'000s, "1d 1h" }, UptimeCase { "aClockThatWasSetBack", -5s, "0s" }),
     [](auto const& test) { return test.param.behaviour; });
 
 TEST(Timestamp, anAgeIsNeverNegative) { EXPECT_EQ(ageText(TimePoint(5s), TimePoint(1s)), "0 seconds"); }
