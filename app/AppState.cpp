@@ -3,6 +3,7 @@
 #include "app/QtMainThread.h"
 
 #include "core/base/Describe.h"
+#include "core/site/CreationTurn.h"
 
 #include <QFileInfo>
 #include <QFileSystemWatcher>
@@ -61,6 +62,16 @@ awaitable<void> AppState::refreshAllStatuses()
         co_await refreshStatus(site);
 }
 
+awaitable<Site> AppState::createSite(std::string name, PHPVersion phpVersion, WebServer webServer)
+{
+    auto const turn = co_await turnToCreate(desktop_.clock);
+    store_.reload();
+    auto const site = co_await lifecycle_.create(std::move(name), phpVersion, webServer, store_.usedPorts());
+    changeSites([&](SiteStore& sites) { sites.add(site); });
+    setStatus(site.id, SiteStatus::running);
+    co_return site;
+}
+
 awaitable<void> AppState::startSite(Site site)
 {
     setStatus(site.id, SiteStatus::starting);
@@ -95,7 +106,7 @@ awaitable<void> AppState::deleteSite(Site site, bool deleteFiles)
 {
     co_await lifecycle_.remove(site, deleteFiles);
 
-    store_.remove(site.id);
+    changeSites([&](SiteStore& sites) { sites.remove(site.id); });
     siteStatuses_.erase(site.id);
     if (selectedSiteID_ == site.id)
         select(sites().empty() ? std::nullopt : std::optional(sites().front().id));
@@ -201,6 +212,15 @@ void AppState::setStatus(Uuid const& id, SiteStatus status)
         return;
     showRows();
     Q_EMIT statusChanged(id);
+}
+
+void AppState::changeSites(std::function<void(SiteStore&)> const& changes)
+{
+    try {
+        store_.change(changes);
+    } catch (FileError const& ignored) {
+        changes(store_);  // Where no lock can be made, the save fails too, and says so.
+    }
 }
 
 QString AppState::storeWarning() const

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -41,6 +42,9 @@ public:
     awaitable<void> refreshStatus(Site site);
     /// One site after the other, in the order of the list.
     awaitable<void> refreshAllStatuses();
+    /// Creates a site and takes it into the list, as running. Another creation is waited for, of this program
+    /// or of `twkb`, so that no two choose the same ports. A failure is thrown and leaves the list as it was.
+    awaitable<Site> createSite(std::string name, PHPVersion phpVersion, WebServer webServer);
     /// A failure leaves the status `error` and is thrown.
     awaitable<void> startSite(Site site);
     /// A failure leaves the status `error` and is thrown.
@@ -74,9 +78,11 @@ public:
     /// What the user has to know of the list's file: that it could not be written, or was damaged.
     QString storeWarning() const;
 
+    /// Changes the list as it stands on disk now: the command line may have changed it a moment ago.
+    void changeSites(std::function<void(SiteStore&)> const& changes);
+
     RowModel* rows() { return &rows_; }
     SiteStore& siteStore() { return store_; }
-    SiteLifecycle& lifecycle() { return lifecycle_; }
     Desktop const& desktop() const { return desktop_; }
 
 Q_SIGNALS:

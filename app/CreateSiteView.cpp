@@ -31,8 +31,7 @@ awaitable<void> CreateSiteView::run(std::shared_ptr<CreateSiteView> self)
     RunNotice const notice(app.desktop());
     std::optional<Site> site;
     try {
-        site = co_await app.lifecycle().create(
-            name, self->phpVersion_, self->webServer_, app.siteStore().usedPorts());
+        site = co_await app.createSite(name, self->phpVersion_, self->webServer_);
     } catch (std::exception const& error) {
         self->error_ = toQt(describe(error));
     }
@@ -44,8 +43,6 @@ awaitable<void> CreateSiteView::run(std::shared_ptr<CreateSiteView> self)
         co_return;
     }
     notice.end(QStringLiteral("Site created"), toQt(name));
-    app.siteStore().add(*site);
-    app.setStatus(site->id, SiteStatus::running);
     app.select(site->id);
     Q_EMIT self->closeRequested();
 }

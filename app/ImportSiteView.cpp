@@ -148,10 +148,7 @@ awaitable<Site> ImportSiteView::findOrCreateTarget(Self self)
 
 awaitable<Site> ImportSiteView::createTarget(std::string name)
 {
-    auto const site = co_await app_->lifecycle().create(
-        std::move(name), phpVersion_, webServer_, app_->siteStore().usedPorts());
-    app_->siteStore().add(site);
-    app_->setStatus(site.id, SiteStatus::running);
+    auto const site = co_await app_->createSite(std::move(name), phpVersion_, webServer_);
     co_await app_->desktop().clock.sleep(settlingTime);
     co_return site;
 }

@@ -26,19 +26,16 @@ void SyncConfigView::connectAndVerify()
         return;
     setVerifying(true);
     setVerifyResult(std::nullopt);
-    start(runConnect(shared_from_this(), site_, fromQt(remoteURL_), fromQt(apiKey_)));
+    start(runConnect(shared_from_this(), fromQt(remoteURL_), fromQt(apiKey_)));
 }
 
-awaitable<void> SyncConfigView::runConnect(Self self, Site site, std::string remoteURL, std::string apiKey)
+awaitable<void> SyncConfigView::runConnect(Self self, std::string remoteURL, std::string apiKey)
 {
     try {
         SyncClient client(remoteURL, apiKey);
         self->setVerifyResult(co_await client.verify());
         co_await saveKey(remoteURL, apiKey);
-        // The record as it stands now: a poll or another window may have changed it during the wait.
-        site = self->app_->site(site.id).value_or(site);
-        site.remoteSyncConfig = RemoteSyncConfig { remoteURL, remoteURL, RemoteEnvironment::production };
-        self->app_->siteStore().update(site);
+        self->setLink(RemoteSyncConfig { remoteURL, remoteURL, RemoteEnvironment::production });
     } catch (std::exception const& error) {
         self->setVerifyResult(describe(error));
     }
@@ -66,14 +63,23 @@ awaitable<void> SyncConfigView::runTest(Self self, Site site)
 
 void SyncConfigView::disconnectRemote()
 {
-    auto site = site_;
-    if (site.remoteSyncConfig)
-        start(forgetKey(site.remoteSyncConfig->apiKeyRef));
-    site.remoteSyncConfig.reset();
-    app_->siteStore().update(site);
+    if (isLinked())
+        start(forgetKey(site_.remoteSyncConfig->apiKeyRef));
+    setLink(std::nullopt);
     setRemoteURL({});
     setAPIKey({});
     setVerifyResult(std::nullopt);
+}
+
+void SyncConfigView::setLink(std::optional<RemoteSyncConfig> const& link)
+{
+    app_->changeSites([&](SiteStore& sites) {
+        auto site = sites.site(site_.id);
+        if (!site)
+            return;  // It was deleted meanwhile.
+        site->remoteSyncConfig = link;
+        sites.update(*site);
+    });
 }
 
 void SyncConfigView::downloadPlugin() const
@@ -109,9 +115,9 @@ void SyncConfigView::setEnvironment(int index)
     if (!isLinked() || index == environment() || index < 0
         || index >= static_cast<int>(allRemoteEnvironments.size()))
         return;
-    auto site = site_;
-    site.remoteSyncConfig->environment = static_cast<RemoteEnvironment>(index);
-    app_->siteStore().update(site);
+    auto link = *site_.remoteSyncConfig;
+    link.environment = static_cast<RemoteEnvironment>(index);
+    setLink(link);
 }
 
 QStringList SyncConfigView::environments()

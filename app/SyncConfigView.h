@@ -87,8 +87,10 @@ Q_SIGNALS:
 
 private:
     using Self = std::shared_ptr<SyncConfigView>;
-    static awaitable<void> runConnect(Self self, Site site, std::string remoteURL, std::string apiKey);
+    static awaitable<void> runConnect(Self self, std::string remoteURL, std::string apiKey);
     static awaitable<void> runTest(Self self, Site site);
+    /// In the record as it stands now, which others may have changed.
+    void setLink(std::optional<RemoteSyncConfig> const& link);
     VerifyResponse const* response() const;
     void setVerifying(bool isVerifying);
     void setVerifyResult(std::optional<VerifyResult> result);

@@ -2,7 +2,7 @@
 
 #include "core/base/Clock.h"
 #include "core/base/Describe.h"
-#include "core/base/Paths.h"
+#include "core/site/CreationTurn.h"
 
 #include <boost/asio/co_spawn.hpp>
 
@@ -17,9 +17,6 @@ namespace {
 
 /// After Ctrl-C: most commands end sooner, and then there is nothing to say.
 constexpr auto noticeDelay = std::chrono::milliseconds(300);
-
-/// How long to wait before asking again whether another process has finished creating its site, in seconds.
-constexpr auto turnInterval = 0.2;
 
 std::string listed(std::vector<Site> const& sites)
 {
@@ -76,29 +73,19 @@ Site Context::findSite(std::string const& text)
 
 awaitable<FileLock> Context::turnToCreate()
 {
-    createDirectories(Paths::applicationSupport());
-    auto const path = Paths::applicationSupport() + "/create.lock";
-    auto turn = FileLock::tryToTake(path);
-    if (!turn)
-        console_.hint("Waiting for another site to be created first.");
-    while (!turn) {
-        co_await Clock::system().sleep(turnInterval);
-        turn = FileLock::tryToTake(path);
-    }
+    auto const waiting = [this] { console_.hint("Waiting for another site to be created first."); };
+    auto turn = co_await harbor::turnToCreate(Clock::system(), waiting);
     sites().reload();
-    co_return std::move(*turn);
+    co_return turn;
 }
 
 void Context::changeSites(std::function<void(SiteStore&)> const& change)
 {
-    std::optional<FileLock> lock;
     try {
-        lock = FileLock::take(SiteStore::storeURL() + ".lock");
+        sites().change(change);
     } catch (FileError const& error) {
         throw CommandError("The list of sites could not be saved: " + describe(error));
     }
-    sites().reload();  // Another process may have changed the list while this one was at work.
-    change(sites());
     if (auto const& copy = sites().damagedCopy())
         console_.warn("The damaged list of sites was kept as " + *copy);
     if (auto const& error = sites().lastSaveError())

@@ -71,8 +71,7 @@ public:
 
     /// The site of that slug, name or id. Throws `CommandError` with the candidates.
     Site findSite(std::string const& text);
-    /// Waits until no other `twkb` creates a site: nothing holds the ports that it has chosen until Docker
-    /// binds them. Reads the list of sites again after a wait.
+    /// Waits until no other process creates a site, saying so, and reads the list of sites again.
     awaitable<FileLock> turnToCreate();
     /// Makes one change to the list of sites as it now stands on disk. Throws `CommandError` when the change
     /// could not be saved.

@@ -3,6 +3,7 @@
 #include "core/base/AtomicFile.h"
 #include "core/base/Describe.h"
 #include "core/base/File.h"
+#include "core/base/FileLock.h"
 #include "core/base/Paths.h"
 
 #include <algorithm>
@@ -118,6 +119,13 @@ void SiteStore::reload()
     }
     for (auto const& observer : observers_)
         observer();
+}
+
+void SiteStore::change(std::function<void(SiteStore&)> const& changes)
+{
+    auto const lock = FileLock::take(storeURL() + ".lock");
+    reload();
+    changes(*this);
 }
 
 std::string SiteStore::storeURL()

@@ -36,6 +36,10 @@ public:
     /// so does a change in memory that could not be saved.
     void reload();
 
+    /// Makes changes to the list as it stands on disk now, while no other process makes one.
+    /// @throws FileError  the lock's file cannot be made; nothing was changed
+    void change(std::function<void(SiteStore&)> const& changes);
+
     /// Path of "sites.json"; makes its folder.
     static std::string storeURL();
 
