@@ -113,7 +113,7 @@ RowLayout {
 
             IconButton {
                 objectName: "content.pull" + root.index
-                symbol: "arrow.down.circle"
+                symbol: "arrow.down.circle.pull"
                 help: root.row.hasLocal ? "Pull: overwrite local with remote version" : "Pull: create locally from remote"
                 enabled: root.row.hasRemote && root.view.busyItemID === ""
                 onActivated: root.view.pullClicked(root.row.itemID)

@@ -36,11 +36,15 @@ Sheet {
             clip: true
             Layout.fillWidth: true
             Layout.fillHeight: true
+            Layout.leftMargin: -Theme.tight
+            Layout.rightMargin: -Theme.tight
 
             ColumnLayout {
                 id: form
 
-                width: scroll.availableWidth
+                // The clip leaves room for the focus rings at both edges.
+                x: Theme.tight
+                width: scroll.availableWidth - 2 * Theme.tight
                 spacing: Theme.wide
 
                 RowLayout {
@@ -74,6 +78,7 @@ Sheet {
 
                             objectName: "import.choose"
                             title: "Choose File..."
+                            enabled: !root.view.isImporting
                             onActivated: picker.open()
                         }
                     }
@@ -256,14 +261,16 @@ Sheet {
         }
     }
 
-    component Section: ColumnLayout {
+    component Section: Block {
+        id: section
+
         property string title
 
         spacing: Theme.space
         Layout.fillWidth: true
 
         PlainLabel {
-            text: parent.title
+            text: section.title
             font.weight: Font.DemiBold
             Accessible.role: Accessible.Heading
         }

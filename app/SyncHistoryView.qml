@@ -15,6 +15,7 @@ Panel {
         objectName: "history.toggle"
         visible: root.view.hasToggle
         title: root.view.toggleText
+        flat: true
         onActivated: root.view.toggleShowAll()
     }
 
@@ -92,6 +93,9 @@ Panel {
                 visible: entry.row.backupID !== ""
                 title: entry.row.backupID
                 symbol: "arrow.counterclockwise.circle"
+                flat: true
+                family: Theme.monospace
+                pointSize: Theme.small
                 help: "Remote backup created before this operation — click to copy its ID"
                 Layout.maximumWidth: 220
                 Layout.alignment: Qt.AlignTop

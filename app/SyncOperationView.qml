@@ -19,9 +19,8 @@ Panel {
         Layout.fillWidth: true
     }
 
-    ColumnLayout {
+    Block {
         visible: root.view.isLinked
-        spacing: Theme.gap
         Layout.fillWidth: true
 
         Flow {
@@ -60,7 +59,7 @@ Panel {
             ActionButton {
                 objectName: "sync.pull"
                 title: "Pull from Remote"
-                symbol: "arrow.down.circle"
+                symbol: "arrow.down.circle.pull"
                 prominent: true
                 enabled: root.view.canStart
                 onActivated: root.view.pull()

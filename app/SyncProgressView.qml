@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import Harbor
 
 /// A long operation: its stage, how far it has come, what went wrong, and its log.
-ColumnLayout {
+Block {
     id: root
 
     required property SyncProgressState progress

@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import Harbor
 
 /// What the last WP-CLI command gave.
-ColumnLayout {
+Block {
     id: root
 
     required property WPCLIPanelState view

@@ -62,9 +62,8 @@ Panel {
         color: Theme.secondary
     }
 
-    ColumnLayout {
+    Block {
         visible: root.view.isSiteRunning
-        spacing: Theme.gap
         Layout.fillWidth: true
 
         RowLayout {
@@ -121,14 +120,10 @@ Panel {
             }
         }
 
-        // Made when it shows: a layout that was hidden from its start is not laid out when it comes up.
-        Repeater {
-            model: root.view.hasOutput ? 1 : 0
-
-            WPCLIOutput {
-                view: root.view
-                Layout.fillWidth: true
-            }
+        WPCLIOutput {
+            visible: root.view.hasOutput
+            view: root.view
+            Layout.fillWidth: true
         }
 
         Text {

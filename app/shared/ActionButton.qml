@@ -4,7 +4,8 @@ import QtQuick.Layouts
 import Harbor
 
 /// A button with a title and maybe a symbol. Space, return and enter press it; while it is busy a spinner
-/// stands in the place of its symbol and pressing it does nothing. Listen to `activated`, not to `clicked`.
+/// stands in the place of its symbol and pressing it does nothing. A `flat` one has no border, and no ground until
+/// the pointer comes. Listen to `activated`, not to `clicked`.
 Button {
     id: root
 
@@ -17,6 +18,8 @@ Button {
     /// The one button that a screen is about.
     property bool prominent: false
     property bool destructive: false
+    property string family: Qt.application.font.family
+    property real pointSize: Theme.body
     property string help
 
     signal activated
@@ -62,7 +65,11 @@ Button {
             visible: !(root.busy && root.spinnerOnly)
             text: root.title
             color: root.inkColor
-            font.weight: root.prominent ? Font.DemiBold : Font.Medium
+            font {
+                family: root.family
+                pointSize: root.pointSize
+                weight: root.prominent ? Font.DemiBold : Font.Medium
+            }
             elide: Text.ElideRight
             Layout.maximumWidth: 360
             Accessible.ignored: true
@@ -73,8 +80,9 @@ Button {
         radius: Theme.controlRadius
         color: root.prominent && root.enabled
             ? (root.down || root.hovered ? Theme.accentHovered : Theme.accent)
-            : root.down ? Theme.controlPressed : root.hovered ? Theme.controlHovered : Theme.control
-        border.color: root.prominent && root.enabled ? "transparent" : Theme.border
+            : root.down ? Theme.controlPressed : root.hovered ? Theme.controlHovered
+            : root.flat ? "transparent" : Theme.control
+        border.color: root.flat || root.prominent && root.enabled ? "transparent" : Theme.border
 
         FocusRing { control: root }
     }

@@ -44,6 +44,7 @@ Rectangle {
 
             visible: root.dismissTitle !== ""
             title: root.dismissTitle
+            flat: true
             Layout.alignment: Qt.AlignTop
             onActivated: root.dismissed()
         }

@@ -10,40 +10,34 @@ Rectangle {
     property string symbol
     /// Controls at the end of the heading row.
     property alias trailing: trailingRow.data
-    default property alias content: body.data
+    default property alias content: body.content
 
-    implicitHeight: column.implicitHeight + 2 * Theme.wide
+    implicitHeight: header.implicitHeight + Theme.gap + body.implicitHeight + 2 * Theme.wide
     radius: Theme.radius
     color: Theme.panel
     border.color: Theme.border
     Accessible.role: Accessible.Grouping
     Accessible.name: heading
 
-    ColumnLayout {
-        id: column
+    RowLayout {
+        id: header
 
-        anchors { fill: parent; margins: Theme.wide }
-        spacing: Theme.gap
+        anchors { left: parent.left; right: parent.right; top: parent.top; margins: Theme.wide }
+        spacing: Theme.space
 
-        RowLayout {
-            spacing: Theme.space
-            Layout.fillWidth: true
-
-            Symbol { visible: root.symbol !== ""; name: root.symbol; size: 18; color: Theme.secondary }
-            PlainLabel {
-                text: root.heading
-                font.pointSize: Theme.heading
-                font.weight: Font.DemiBold
-                Accessible.role: Accessible.Heading
-            }
-            Item { Layout.fillWidth: true }
-            RowLayout { id: trailingRow; spacing: Theme.space }
+        Symbol { visible: root.symbol !== ""; name: root.symbol; size: 18; color: Theme.secondary }
+        PlainLabel {
+            text: root.heading
+            font.pointSize: Theme.heading
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
         }
-        ColumnLayout {
-            id: body
+        Item { Layout.fillWidth: true }
+        RowLayout { id: trailingRow; spacing: Theme.space }
+    }
+    Block {
+        id: body
 
-            spacing: Theme.gap
-            Layout.fillWidth: true
-        }
+        anchors { left: header.left; right: header.right; top: header.bottom; topMargin: Theme.gap }
     }
 }
