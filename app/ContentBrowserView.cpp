@@ -89,15 +89,18 @@ void ContentBrowserView::loadWhenReady()
     if (!self || !hasAppeared_ || hasLoaded_ || !isSiteRunning())  // Without an owner it is about to go.
         return;
     hasLoaded_ = true;
-    start(loadTypes(self));
+    refresh();
 }
 
-void ContentBrowserView::refresh() { start(loadTypes(shared_from_this())); }
-
-awaitable<void> ContentBrowserView::loadTypes(Self self)
+void ContentBrowserView::refresh()
 {
-    self->setLoading(true);
-    self->setMessages({}, {});
+    setLoading(true);
+    setMessages({}, {});
+    start(fetchTypes(shared_from_this()));
+}
+
+awaitable<void> ContentBrowserView::fetchTypes(Self self)
+{
     try {
         self->types_ = co_await fetchContentTypes(self->contentRun());
         auto const isOffered = std::ranges::find(self->types_, self->selectedType_, &ContentTypeInfo::name)
@@ -110,13 +113,6 @@ awaitable<void> ContentBrowserView::loadTypes(Self self)
         self->setLoading(false);
         co_return;
     }
-    co_await fetchItems(self);
-}
-
-awaitable<void> ContentBrowserView::loadItems(Self self)
-{
-    self->setLoading(true);
-    self->setMessages(self->statusMessage_, {});
     co_await fetchItems(self);
 }
 
@@ -142,7 +138,7 @@ awaitable<void> ContentBrowserView::fetchItems(Self self)
 void ContentBrowserView::pushClicked(QString const& itemID)
 {
     auto row = rowOf(itemID);
-    if (!row || busyItemID_)
+    if (!row || !row->local || busyItemID_)
         return;
     if (!isGuarded()) {
         pendingPush_ = std::move(row);
@@ -159,7 +155,7 @@ void ContentBrowserView::pushClicked(QString const& itemID)
 void ContentBrowserView::pullClicked(QString const& itemID)
 {
     auto row = rowOf(itemID);
-    if (!row || busyItemID_)
+    if (!row || !row->remote || busyItemID_)
         return;
     pendingPull_ = std::move(row);
     Q_EMIT dialogsChanged();
@@ -211,7 +207,8 @@ awaitable<void> ContentBrowserView::runAction(Self self, ContentRow row, Directi
     auto const message = toQt(outcome.message);
     if (outcome.success) {
         self->setMessages(message, {});
-        co_await loadItems(self);
+        self->setLoading(true);
+        co_await fetchItems(self);
     } else {
         self->setMessages({}, message);
     }
@@ -268,7 +265,9 @@ void ContentBrowserView::selectTypeAt(int index)
         return;
     selectedType_ = types[static_cast<std::size_t>(index)].name;
     Q_EMIT typesChanged();
-    start(loadItems(shared_from_this()));
+    setLoading(true);
+    setMessages(statusMessage_, {});
+    start(fetchItems(shared_from_this()));
 }
 
 QString ContentBrowserView::selectedType() const { return toQt(selectedType_); }

@@ -80,6 +80,7 @@ public:
     /// Loads once, as soon as the panel is shown and the site runs.
     Q_INVOKABLE void appear();
     Q_INVOKABLE void refresh();
+    /// Both ask first, and do nothing for an item that their side does not have or while another is moved.
     Q_INVOKABLE void pushClicked(QString const& itemID);
     Q_INVOKABLE void pullClicked(QString const& itemID);
     Q_INVOKABLE void confirmPush();
@@ -124,8 +125,7 @@ private:
     enum class Direction { push, pull };
 
     void loadWhenReady();
-    static awaitable<void> loadTypes(Self self);
-    static awaitable<void> loadItems(Self self);
+    static awaitable<void> fetchTypes(Self self);
     static awaitable<void> fetchItems(Self self);
     void startAction(ContentRow row, Direction direction);
     static awaitable<void> runAction(Self self, ContentRow row, Direction direction);

@@ -28,9 +28,8 @@ Panel {
         Layout.fillWidth: true
     }
 
-    ColumnLayout {
+    Block {
         visible: root.view.isSiteRunning
-        spacing: Theme.gap
         Layout.fillWidth: true
 
         RowLayout {

@@ -64,6 +64,8 @@ void SyncOperationView::dismissWarning() { setConflictWarning({}); }
 
 void SyncOperationView::startRun(Direction direction)
 {
+    if (progress_->isActive())
+        return;  // A dialog can stay open from before the first stage of a run that has begun since.
     progress_->progress()->reset();
     setConflictWarning({});
     start(run(shared_from_this(), site_, direction));

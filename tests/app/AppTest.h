@@ -13,6 +13,9 @@
 #include <functional>
 #include <memory>
 
+/// Lets a failed expectation show its texts.
+inline void PrintTo(QString const& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
+
 namespace harbor {
 
 /// Runs the event loop until `isTrue`. A test that waits in vain fails after a long while.

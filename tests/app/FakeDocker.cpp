@@ -27,6 +27,16 @@ case $command in
     down) rm -f "$F/ps-$project" ;;
     logs) echo $$ >> "$F/logs.pid"; exec cat "$F/log" ;;
     exec)
+        case "$*" in
+            *" mysql mysqldump "*) cat "$F/dump-$project"; exit ;;
+            *" mysql mysql "*" -e "*)
+                for answer in "$F"/answers/*; do
+                    [ -e "$answer/words" ] || continue
+                    case "$*" in *"$(cat "$answer/words")"*) cat "$answer/rows"; exit ;; esac
+                done
+                exit 0 ;;
+            *" mysql mysql "*) cat > "$F/loaded-$project"; exit ;;
+        esac
         cat "$F/wpcli.out"
         cat "$F/wpcli.err" >&2
         exit "$(cat "$F/wpcli.code")" ;;
@@ -115,6 +125,22 @@ void FakeDocker::answerWPCLI(std::string const& output, std::string const& error
     write("wpcli.out", output);
     write("wpcli.err", errors);
     write("wpcli.code", std::to_string(exitCode));
+}
+
+void FakeDocker::setDump(std::string const& project, std::string const& sql)
+{
+    write("dump-" + project, sql);
+}
+
+std::string FakeDocker::loaded(std::string const& project) const { return read("loaded-" + project); }
+
+void FakeDocker::answerQuery(std::string const& words, std::string const& rows)
+{
+    auto const known = answers_.try_emplace(words, std::to_string(answers_.size())).first;
+    auto const folder = "answers/" + known->second;
+    createDirectories(file(folder));
+    write(folder + "/rows", rows);
+    write(folder + "/words", words);
 }
 
 void FakeDocker::writeLog(std::string const& text)

@@ -31,6 +31,12 @@ public:
     void releaseAll();
     /// What a WP-CLI command gives.
     void answerWPCLI(std::string const& output, std::string const& errors, int exitCode);
+    /// The database of a project: what a dump gives.
+    void setDump(std::string const& project, std::string const& sql);
+    /// What was loaded into the database of a project last; empty when nothing was.
+    std::string loaded(std::string const& project) const;
+    /// The rows that a query gives which holds these words. Other queries give none.
+    void answerQuery(std::string const& words, std::string const& rows);
     /// Writes to every log stream that is open or will be.
     void writeLog(std::string const& text);
     /// Process ids of the log streams that were started, in order.
@@ -47,6 +53,7 @@ private:
 
     std::string folder_;
     std::map<std::string, int> held_;
+    std::map<std::string, std::string> answers_;  ///< Folder of each answer, by its words.
     int log_ = -1;
 };
 

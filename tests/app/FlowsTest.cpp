@@ -6,7 +6,6 @@
 #include "app/WPCLIPanelView.h"
 #include "tests/app/WindowTest.h"
 
-#include <QAccessible>
 #include <QQmlComponent>
 #include <QTest>
 
@@ -33,69 +32,6 @@ protected:
             return detail().wpCLI() && !detail().certText().isEmpty() && isShown("wpcli.command");
         }));
         return site;
-    }
-
-    /// The texts of every item that draws one.
-    QList<QQuickItem*> textItems()
-    {
-        QList<QQuickItem*> texts;
-        for (auto* const item : visibleItems(window()->contentItem())) {
-            if (item->inherits("QQuickText") || item->inherits("QQuickTextEdit"))
-                texts.append(item);
-        }
-        return texts;
-    }
-
-    void walkTexts()
-    {
-        for (auto* const item : textItems()) {
-            auto const name = item->objectName();
-            auto const isOurs
-                = name == text("wpcli.hint") || name == text("config.hint") || name == text("guard.prompt");
-            if (isOurs || item->inherits("QQuickPlaceholderText"))
-                continue;  // Constants of ours with markup; what the guard puts into its own is escaped.
-            EXPECT_EQ(item->property("textFormat").toInt(), Qt::PlainText)
-                << qPrintable(item->property("text").toString());
-        }
-    }
-
-    void walkControls()
-    {
-        for (auto* const item : visibleItems(window()->contentItem())) {
-            auto const isControl = item->inherits("QQuickAbstractButton") || item->inherits("QQuickTextField")
-                || item->inherits("QQuickComboBox");
-            if (!isControl || !item->isEnabled())
-                continue;
-            auto* const accessible = QAccessible::queryAccessibleInterface(item);
-            ASSERT_TRUE(accessible);
-            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
-                << item->metaObject()->className() << " " << qPrintable(item->objectName());
-        }
-    }
-
-    /// Texts that neither wrap nor elide must fit into what holds them.
-    void walkClipping()
-    {
-        for (auto* const item : textItems()) {
-            if (!item->inherits("QQuickText") || item->property("elide").toInt() != Qt::ElideNone
-                || item->property("wrapMode").toInt() != 0 || item->width() == 0)
-                continue;
-            EXPECT_LE(item->implicitWidth(), item->width() + 1)
-                << qPrintable(item->property("text").toString());
-        }
-    }
-
-    QStringList tabOrder(int most)
-    {
-        QStringList names;
-        for (int i = 0; i < most; ++i) {
-            press(Qt::Key_Tab);
-            auto const name = focusedName();
-            if (names.contains(name))
-                break;
-            names.append(name);
-        }
-        return names;
     }
 };
 
@@ -269,6 +205,7 @@ TEST_F(Flows, aCommandRunsByReturnAndItsOutputShows)
     EXPECT_TRUE(waitUntil([this] { return isShown("wpcli.recent"); }));
     window()->grabWindow();
     auto const top = [this](char const* name) { return find(text(name))->mapToScene({}).y(); };
+    EXPECT_GT(top("wpcli.lastCommand"), top("wpcli.quick0"));
     EXPECT_GT(top("wpcli.output"), top("wpcli.lastCommand"));
     EXPECT_GT(top("wpcli.hint"), top("wpcli.output"));
     click("wpcli.copy");

@@ -2,6 +2,7 @@
 
 #include "app/Appearance.h"
 
+#include <QAccessible>
 #include <QTest>
 
 namespace harbor {
@@ -119,6 +120,66 @@ void WindowTest::open(QSize size)
     ASSERT_TRUE(driver_->load(size));
     ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
     ASSERT_TRUE(waitUntil([this] { return desktop.sleeps > 0; }));
+}
+
+QList<QQuickItem*> WindowTest::textItems()
+{
+    QList<QQuickItem*> texts;
+    for (auto* const item : visibleItems(window()->contentItem())) {
+        if (item->inherits("QQuickText") || item->inherits("QQuickTextEdit"))
+            texts.append(item);
+    }
+    return texts;
+}
+
+void WindowTest::walkTexts()
+{
+    // Constants of ours with markup; what the guard puts into its own is escaped.
+    QStringList const ours { QStringLiteral("wpcli.hint"), QStringLiteral("config.hint"),
+        QStringLiteral("guard.prompt") };
+    for (auto* const item : textItems()) {
+        if (ours.contains(item->objectName()) || item->inherits("QQuickPlaceholderText"))
+            continue;
+        EXPECT_EQ(item->property("textFormat").toInt(), Qt::PlainText)
+            << qPrintable(item->property("text").toString());
+    }
+}
+
+void WindowTest::walkControls()
+{
+    for (auto* const item : visibleItems(window()->contentItem())) {
+        auto const isControl = item->inherits("QQuickAbstractButton") || item->inherits("QQuickTextField")
+            || item->inherits("QQuickComboBox");
+        if (!isControl || !item->isEnabled())
+            continue;
+        auto* const accessible = QAccessible::queryAccessibleInterface(item);
+        ASSERT_TRUE(accessible);
+        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+            << item->metaObject()->className() << " " << qPrintable(item->objectName());
+    }
+}
+
+void WindowTest::walkClipping()
+{
+    for (auto* const item : textItems()) {
+        if (!item->inherits("QQuickText") || item->property("elide").toInt() != Qt::ElideNone
+            || item->property("wrapMode").toInt() != 0 || item->width() == 0)
+            continue;
+        EXPECT_LE(item->implicitWidth(), item->width() + 1) << qPrintable(item->property("text").toString());
+    }
+}
+
+QStringList WindowTest::tabOrder(int most)
+{
+    QStringList names;
+    for (int i = 0; i < most; ++i) {
+        press(Qt::Key_Tab);
+        auto const name = focusedName();
+        if (names.contains(name))
+            break;
+        names.append(name);
+    }
+    return names;
 }
 
 }  // namespace harbor

@@ -62,7 +62,19 @@ protected:
     void type(char const* text) { driver_->type(text); }
     QString focusedName() const { return driver_->focusedName(); }
 
+    /// Every text is plain, but for three constants of ours.
+    void walkTexts();
+    /// Every control that is enabled has an accessible name.
+    void walkControls();
+    /// Texts that neither wrap nor elide fit into what holds them.
+    void walkClipping();
+    /// The names of the controls that Tab visits, until one comes again.
+    QStringList tabOrder(int most);
+
 private:
+    /// The items that draw a text.
+    QList<QQuickItem*> textItems();
+
     std::unique_ptr<WindowDriver> driver_;
 };
 

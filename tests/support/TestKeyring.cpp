@@ -114,6 +114,17 @@ TestKeyring::~TestKeyring()
     waitForSecretStore(false);
 }
 
+void TestKeyring::lock()
+{
+    auto* const service = secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, nullptr);
+    auto* const collection = secret_collection_for_alias_sync(
+        service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, nullptr);
+    auto* const list = g_list_append(nullptr, collection);
+    EXPECT_EQ(secret_service_lock_sync(service, list, nullptr, nullptr, nullptr), 1);
+    g_list_free_full(list, g_object_unref);
+    g_object_unref(service);
+}
+
 /// Runs the main loop.
 void waitForSecretStore(bool wanted)
 {

@@ -12,6 +12,7 @@ public:
     TestKeyring(TestKeyring const&) = delete;
     TestKeyring& operator=(TestKeyring const&) = delete;
     ~TestKeyring();
+    void lock();
 
 private:
     struct Process;

@@ -12,16 +12,6 @@ using testing::ThrowsMessage;
 
 class KeychainHelperTest : public testing::Test {
 protected:
-    static void lockKeyring()
-    {
-        auto* const service = secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, nullptr);
-        auto* const collection = secret_collection_for_alias_sync(
-            service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, nullptr);
-        auto* const list = g_list_append(nullptr, collection);
-        EXPECT_EQ(secret_service_lock_sync(service, list, nullptr, nullptr, nullptr), 1);
-        g_list_free_full(list, g_object_unref);
-        g_object_unref(service);
-    }
     /// The attributes of our items, spelt out once more.
     static GHashTable* attributesOf(std::string const& account)
     {
@@ -145,7 +135,7 @@ TEST_F(KeychainHelperTest, anAccountThatIsNoTextHoldsNothing)
 TEST_F(KeychainHelperTest, aLockedKeyringSaysSo)
 {
     KeychainHelper::saveSecret("value", account);
-    lockKeyring();
+    keyring.lock();
     auto const failsWith = [](std::string const& start) {
         return ThrowsMessage<KeychainError>(
             testing::AllOf(testing::StartsWith(start), testing::Not(HasSubstr("value"))));
