@@ -223,6 +223,19 @@ void AppState::changeSites(std::function<void(SiteStore&)> const& changes)
     }
 }
 
+std::shared_ptr<void> AppState::keepAlive()
+{
+    if (auto alive = alive_.lock())
+        return alive;
+    auto const end = [state = weak_from_this()](void*) {
+        if (auto const self = state.lock())
+            Q_EMIT self->becameIdle();
+    };
+    std::shared_ptr<void> alive(nullptr, end);
+    alive_ = alive;
+    return alive;
+}
+
 QString AppState::storeWarning() const
 {
     if (auto const& failure = store_.lastSaveError())

@@ -81,6 +81,11 @@ public:
     /// Changes the list as it stands on disk now: the command line may have changed it a moment ago.
     void changeSites(std::function<void(SiteStore&)> const& changes);
 
+    /// Held by whatever changes a site or a remote while it does so: a program that has lost its last window
+    /// goes on until then.
+    std::shared_ptr<void> keepAlive();
+    bool isKeptAlive() const { return !alive_.expired(); }
+
     RowModel* rows() { return &rows_; }
     SiteStore& siteStore() { return store_; }
     Desktop const& desktop() const { return desktop_; }
@@ -91,6 +96,8 @@ Q_SIGNALS:
     void selectionChanged();
     void statusChanged(harbor::Uuid const& id);
     void dockerChanged();
+    /// Nothing keeps the program alive any more.
+    void becameIdle();
 
 private:
     QString selectedSiteText() const;
@@ -111,6 +118,7 @@ private:
     RowModel rows_;
     std::unique_ptr<QFileSystemWatcher> watcher_;
     bool hasBegun_ = false;
+    std::weak_ptr<void> alive_;
 };
 
 }  // namespace harbor

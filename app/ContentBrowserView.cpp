@@ -200,6 +200,7 @@ void ContentBrowserView::startAction(ContentRow row, Direction direction)
 
 awaitable<void> ContentBrowserView::runAction(Self self, ContentRow row, Direction direction)
 {
+    auto const alive = self->app_->keepAlive();
     auto const type = self->selectedType_;
     auto const outcome = direction == Direction::push
         ? co_await pushContentItem(self->contentRun(), row, type)

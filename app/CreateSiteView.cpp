@@ -27,6 +27,7 @@ void CreateSiteView::create()
 awaitable<void> CreateSiteView::run(std::shared_ptr<CreateSiteView> self)
 {
     auto& app = *self->app_;
+    auto const alive = app.keepAlive();
     auto const name = unicode::trimBlanks(fromQt(self->siteName_));
     RunNotice const notice(app.desktop());
     std::optional<Site> site;

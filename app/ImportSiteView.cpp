@@ -104,6 +104,7 @@ void ImportSiteView::importClicked()
 
 awaitable<void> ImportSiteView::runImport(Self self)
 {
+    auto const alive = self->app_->keepAlive();
     auto const file = self->selectedFile_;
     auto const importer = std::make_shared<SiteImporter>(*self->progress_->progress());
     self->importer_ = importer;
@@ -163,6 +164,7 @@ void ImportSiteView::retryClicked()
 
 awaitable<void> ImportSiteView::runRetry(Self self, std::string file, Site site)
 {
+    auto const alive = self->app_->keepAlive();
     auto const importer = self->importer_;
     RunNotice const notice(self->app_->desktop());
     try {

@@ -74,6 +74,7 @@ void SyncOperationView::startRun(Direction direction)
 awaitable<void> SyncOperationView::run(
     std::shared_ptr<SyncOperationView> self, Site site, Direction direction)
 {
+    auto const alive = self->app_->keepAlive();
     SyncRun run;
     run.site = std::move(site);
     run.progress = self->progress_->progress();

@@ -1,5 +1,7 @@
 #include "app/TrayIcon.h"
 
+#include "app/AppState.h"
+
 #include <QCursor>
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
@@ -11,8 +13,9 @@
 
 namespace harbor {
 
-TrayIcon::TrayIcon(QQuickWindow* panel)
-    : icon_(QGuiApplication::windowIcon())
+TrayIcon::TrayIcon(std::shared_ptr<AppState> app, QQuickWindow* panel)
+    : app_(std::move(app))
+    , icon_(QGuiApplication::windowIcon())
     , panel_(panel)
 {
     // Without a menu a click arrives as an activation, which is what opens a window.
@@ -22,14 +25,21 @@ TrayIcon::TrayIcon(QQuickWindow* panel)
         QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &TrayIcon::followAvailability);
     followAvailability();
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, &TrayIcon::quitUnlessNeeded);
+    connect(app_.get(), &AppState::becameIdle, this, &TrayIcon::quitUnlessNeeded, Qt::QueuedConnection);
 }
 
-/// With a tray the program outlives its main window; without one, nobody could get it back.
-void TrayIcon::followAvailability()
+void TrayIcon::followAvailability() { icon_.setVisible(QSystemTrayIcon::isSystemTrayAvailable()); }
+
+/// With a tray the program outlives its windows; without one, nobody could get it back, and it goes as soon
+/// as no push, pull or import is left at work.
+void TrayIcon::quitUnlessNeeded() const
 {
-    auto const available = QSystemTrayIcon::isSystemTrayAvailable();
-    icon_.setVisible(available);
-    QGuiApplication::setQuitOnLastWindowClosed(!available);
+    auto const windows = QGuiApplication::topLevelWindows();
+    auto const isShown = std::ranges::any_of(windows, &QWindow::isVisible);
+    if (!isShown && !icon_.isVisible() && !app_->isKeptAlive())
+        QCoreApplication::quit();
 }
 
 void TrayIcon::toggle()

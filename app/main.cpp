@@ -54,10 +54,11 @@ int main(int argc, char** argv)
     prepareScreens();
     auto result = 0;
     {
-        MainWindow main(makeState<AppState>(Desktop::system()), stateFile(QStringLiteral("window.ini")));
+        auto const app = makeState<AppState>(Desktop::system());
+        MainWindow main(app, stateFile(QStringLiteral("window.ini")));
         if (!main.load())
             return 1;
-        TrayIcon const tray(main.trayPanel());
+        TrayIcon const tray(app, main.trayPanel());
         main.content().carryOut(start.request);
         QObject::connect(&instance, &SingleInstance::activated, &main, [&main](QString const& line) {
             main.raise();

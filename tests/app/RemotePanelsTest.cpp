@@ -495,6 +495,21 @@ TEST_F(SyncTest, aSiteUnlinkedDuringItsRunKeepsItsRunToTheEnd)
     EXPECT_TRUE(waitUntil([this] { return summaries(site).size() == 2; }));
 }
 
+TEST_F(SyncTest, aRunKeepsTheProgramAliveToItsEnd)
+{
+    QSignalSpy const idle(app.get(), &AppState::becameIdle);
+    EXPECT_FALSE(app->isKeptAlive());
+    docker.hold("exec");
+    panel().pull();
+    ASSERT_TRUE(waitUntil([this] { return panel().progress()->isActive(); }));
+    EXPECT_TRUE(app->isKeptAlive());
+    EXPECT_EQ(idle.count(), 0);
+    docker.release("exec");
+    EXPECT_TRUE(waitUntil([&] { return idle.count() == 1; }));
+    EXPECT_FALSE(app->isKeptAlive());
+    EXPECT_TRUE(hasEnded());
+}
+
 TEST_F(SyncTest, twoRunsAtOnceDoNotMix)
 {
     TestRemote second;
