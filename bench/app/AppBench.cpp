@@ -1,7 +1,11 @@
+#include "app/ContentBrowserView.h"
+#include "app/DriftReportView.h"
 #include "app/MainWindow.h"
 #include "app/SiteDetailView.h"
 #include "app/SiteLogsView.h"
 #include "app/State.h"
+#include "app/SyncHistoryView.h"
+#include "app/SyncOperationView.h"
 #include "tests/app/FakeDocker.h"
 #include "tests/support/TemporaryHome.h"
 
@@ -18,8 +22,8 @@
 #include <algorithm>
 #include <cstdio>
 
-/// Measures what a user feels: the start of the program, its window under a storm of log lines, and what it
-/// costs while nobody looks. Prints one line for each figure, with its limit.
+/// Measures what a user feels: the start of the program, its window under a storm of log lines and over long
+/// lists, and what it costs while nobody looks. Prints one line for each figure, with its limit.
 namespace harbor {
 
 namespace {
@@ -49,8 +53,11 @@ Site makeSites()
 {
     SiteStore store;
     for (int i = 0; i < siteCount; ++i) {
-        Site const site("Site " + std::to_string(i), PHPVersion::php83, WebServer::apache, 18000 + i,
-            19000 + i, 33000 + i);
+        Site site("Site " + std::to_string(i), PHPVersion::php83, WebServer::apache, 18000 + i, 19000 + i,
+            33000 + i);
+        if (i == 0)
+            site.remoteSyncConfig = RemoteSyncConfig { "https://remote.test", "https://remote.test",
+                RemoteEnvironment::staging };
         createDirectories(site.siteDirectory());
         store.add(site);
     }
@@ -137,6 +144,139 @@ void measureLogStorm(MainWindow& main, FakeDocker& docker, SiteLogsView& logs)
     report("slowest key press to its frame", slowestKey, "ms", "below 50");
 }
 
+QQuickItem* findItem(QQuickItem* below, QString const& name)
+{
+    if (below->objectName() == name)
+        return below;
+    for (auto* const child : below->childItems()) {
+        if (auto* const found = child->isVisible() ? findItem(child, name) : nullptr)
+            return found;
+    }
+    return nullptr;
+}
+
+/// Brings the list into view and scrolls it to its end and back for three seconds, as fast as frames come.
+void measureScrolling(MainWindow& main, char const* list, char const* what)
+{
+    QQuickItem* item = nullptr;
+    waitFor([&] {
+        main.window()->update();
+        item = findItem(main.window()->contentItem(), QString::fromUtf8(list));
+        return item && item->height() > 0;
+    });
+    QTest::qWait(500);
+    auto* const pane = findItem(main.window()->contentItem(), QStringLiteral("detail.scroll"))
+                           ->property("contentItem")
+                           .value<QQuickItem*>();
+    auto* const content = pane->property("contentItem").value<QQuickItem*>();
+    pane->setProperty("contentY", item->mapToItem(content, QPointF()).y() - 100);
+    QTest::qWait(500);
+
+    auto const height = item->property("contentHeight").toReal() - item->height();
+    int frames = 0;
+    double longestGap = 0;
+    QElapsedTimer sinceFrame;
+    QElapsedTimer total;
+    QObject const context;
+    QObject::connect(main.window(), &QQuickWindow::frameSwapped, &context, [&] {
+        ++frames;
+        longestGap = std::max(longestGap, double(sinceFrame.restart()));
+    });
+    QTimer steps;
+    QObject::connect(&steps, &QTimer::timeout, [&] {
+        auto const part = double(total.elapsed()) / 1500;  // There in 1.5 seconds, and back.
+        item->setProperty("contentY", height * (part < 1 ? part : std::max(0.0, 2 - part)));
+    });
+    total.start();
+    sinceFrame.start();
+    steps.start(4);
+    waitFor([&] { return total.elapsed() >= 3000; });
+    report(what, frames / (double(total.elapsed()) / 1000), "fps", "above 50");
+    report("  longest gap between frames", longestGap, "ms", "for comparison");
+}
+
+void fillJournal(Site const& site)
+{
+    auto list = Json::array();
+    for (int i = 0; i < 500; ++i)
+        list.push_back(toJson(i % 3 == 0
+                ? SyncHistoryEntry::failed(SyncOperationKind::filesPush, "Push (themes, plugins) failed",
+                      "Server error (503): The site is under maintenance.")
+                : SyncHistoryEntry::succeeded(SyncOperationKind::databasePush,
+                      "Pushed database to https://remote.test", "backup-" + std::to_string(i))));
+    writeAtomically(site.siteDirectory() + "/sync-history.json", list.dump(), 0600);
+}
+
+QList<ModelRow> contentRows()
+{
+    QList<ModelRow> rows;
+    for (int i = 0; i < 700; ++i) {
+        ContentRowValue row;
+        row.itemID = QString::number(i);
+        row.title = QStringLiteral("Page number ") + row.itemID;
+        row.slug = QStringLiteral("page-") + row.itemID;
+        row.localDate = row.remoteDate = 1'769'851'800'000.0 - i * 60'000;
+        row.hasLocal = row.hasRemote = true;
+        row.state = QStringLiteral("localNewer");
+        row.badge = QStringLiteral("Local newer");
+        row.symbol = QStringLiteral("arrow.up.circle.fill");
+        rows.append({ row.itemID, QVariant::fromValue(row) });
+    }
+    return rows;
+}
+
+QList<ModelRow> driftRows()
+{
+    QList<ModelRow> rows;
+    for (int i = 0; i < 5000; ++i) {
+        auto const name = QStringLiteral("plugin-") + QString::number(i);
+        DriftValue const row { name, QStringLiteral("plugin"), QStringLiteral("modified"),
+            QStringLiteral("Modified"), QStringLiteral("exclamationmark.triangle.fill"),
+            QStringLiteral("3 changed, 1 only remote") };
+        rows.append({ name, QVariant::fromValue(row) });
+    }
+    return rows;
+}
+
+void measureLists(MainWindow& main, SiteDetailView& detail)
+{
+    waitFor([&] { return detail.history()->hasToggle(); });
+    detail.history()->toggleShowAll();
+    measureScrolling(main, "history.list", "scrolling 500 journal rows");
+    detail.content()->rows()->assign(contentRows());
+    measureScrolling(main, "content.list", "scrolling 700 content rows");
+    detail.drift()->drifted()->assign(driftRows());
+    measureScrolling(main, "drift.drifted", "scrolling 5,000 drift rows");
+    auto& progress = *detail.operations()->progress()->progress();
+    progress.setPhase(Phase::syncingFiles);
+    for (int i = 0; i < 500; ++i)
+        progress.log("Uploading wp-content/uploads/2026/01/photo-" + std::to_string(i)
+            + ".jpg (1.2 MB) of a long run");
+    waitFor([&] {
+        main.window()->update();
+        return findItem(main.window()->contentItem(), QStringLiteral("progress.toggleLog")) != nullptr;
+    });
+    QMetaObject::invokeMethod(
+        findItem(main.window()->contentItem(), QStringLiteral("progress.toggleLog")), "activated");
+    measureScrolling(main, "progress.log", "scrolling 500 log lines");
+
+    int frames = 0;
+    QObject const context;
+    QObject::connect(main.window(), &QQuickWindow::frameSwapped, &context, [&] { ++frames; });
+    QTimer lines;
+    int number = 0;
+    QObject::connect(&lines, &QTimer::timeout, [&] {
+        progress.log("Uploading wp-content/uploads/2026/02/photo-" + std::to_string(++number) + ".jpg");
+        progress.setProcessedFiles(number);
+    });
+    QElapsedTimer total;
+    total.start();
+    lines.start(5);
+    waitFor([&] { return total.elapsed() >= 3000; });
+    report("200 log lines a second at the full log", frames / (double(total.elapsed()) / 1000), "fps",
+        "above 50");
+}
+
 void measureIdle()
 {
     QTest::qWait(2000);
@@ -169,6 +309,7 @@ int main(int argc, char** argv)
     FakeDocker docker(home.path());
     auto const site = makeSites();
     docker.setContainers(site.composeProjectName(), FakeDocker::container("wordpress"));
+    fillJournal(site);
     measureStart();
 
     auto desktop = Desktop::system();
@@ -185,5 +326,6 @@ int main(int argc, char** argv)
     QTest::qWait(3000);  // The first round over 50 sites ends.
     measureIdle();
     measureLogStorm(main, docker, *main.content().detail()->logs());
+    measureLists(main, *main.content().detail());
     report("resident memory after it", residentMebibytes(), "MiB", "below 150");
 }

@@ -1,5 +1,7 @@
 #include "app/Appearance.h"
+#include "app/ContentBrowserView.h"
 #include "app/CreateSiteView.h"
+#include "app/DriftReportView.h"
 #include "app/ImportSiteView.h"
 #include "app/ProductionGuardSheet.h"
 #include "app/SidebarView.h"
@@ -8,9 +10,13 @@
 #include "app/SyncConfigView.h"
 #include "app/SyncHistoryView.h"
 #include "app/SyncOperationView.h"
+#include "app/Values.h"
 #include "app/WPCLIPanelView.h"
-#include "core/sync/SyncHistoryStore.h"
-#include "tests/app/WindowTest.h"
+#include "core/base/Timestamp.h"
+#include "core/site/KeychainHelper.h"
+#include "tests/app/RemoteTest.h"
+#include "tests/support/Gzipped.h"
+#include "tests/support/ZipBuilder.h"
 
 #include <QDir>
 #include <QTest>
@@ -21,7 +27,7 @@ namespace harbor {
 
 namespace {
 
-class Screens : public WindowTest, public testing::WithParamInterface<char const*> {
+class Screens : public RemoteTest, public testing::WithParamInterface<char const*> {
 protected:
     Screens() { Appearance::shared().setDark(style() == QLatin1String("dark")); }
     ~Screens() override { Appearance::shared().setDark(false); }
@@ -70,10 +76,84 @@ protected:
             runToEnd(SyncHistoryStore::shared().record(entry, site));
     }
 
+    /// The selected site linked to the remote of the test, whose address is put right for the picture by
+    /// `showPublicAddress`.
+    void linkToRemote()
+    {
+        auto site = *app->selectedSite();
+        KeychainHelper::saveSecret(remote.key(), remote.url());
+        site.remoteSyncConfig
+            = RemoteSyncConfig { remote.url(), remote.url(), RemoteEnvironment::production };
+        app->siteStore().update(site);
+    }
+    void showPublicAddress()
+    {
+        auto site = *app->selectedSite();
+        site.remoteSyncConfig->remoteURL = "https://www.lighthouse-bakery.test";
+        app->siteStore().update(site);
+    }
+
+    /// Pages in every state of the content browser.
+    void addPages()
+    {
+        auto const now = std::chrono::floor<std::chrono::seconds>(Clock::system().now());
+        auto const ago = [now](std::chrono::seconds age) { return (now - age).time_since_epoch().count(); };
+        using namespace std::chrono_literals;
+        struct Page {
+            std::int64_t id;
+            char const* title;
+            char const* slug;
+            char const* status;
+            std::optional<std::chrono::seconds> local;
+            std::optional<std::chrono::seconds> remote;
+            char const* remoteSlug = nullptr;
+        };
+        std::string rows;
+        for (auto const& page : { Page { 12, "Opening hours", "opening-hours", "publish", 5min, 26h },
+                 Page { 31, "Christmas orders", "christmas-orders", "draft", 2h, std::nullopt },
+                 Page { 9, "Prices", "prices", "publish", 49h, 3h },
+                 Page { 44, "Jobs", "jobs", "publish", std::nullopt, 30h },
+                 Page { 7, "About us", "about-us", "publish", 400h, 400h },
+                 Page { 23, "Our flour", "our-flour", "publish", 720h, 720h, "the-mill" } }) {
+            if (page.local) {
+                rows += Json { { "id", page.id }, { "title", page.title }, { "slug", page.slug },
+                    { "status", page.status }, { "type", "page" }, { "modified_gmt", ago(*page.local) } }
+                            .dump()
+                    + "\n";
+            }
+            if (page.remote) {
+                auto post
+                    = TestRemote::makePost("page", page.title, page.remoteSlug ? page.remoteSlug : page.slug);
+                auto date = iso8601(now - *page.remote);
+                date[10] = ' ';
+                date.pop_back();
+                post["post"]["post_modified_gmt"] = date;
+                remote.setPost(page.id, post);
+            }
+        }
+        docker.answerQuery("information_schema", "wp_posts\n");
+        docker.answerQuery("GROUP BY post_type", "{\"name\": \"page\", \"count\": 5}\n");
+        docker.answerQuery("ORDER BY post_modified_gmt", rows);
+    }
+
+    /// Puts the panel's heading near the top of the pane.
+    void scrollToPanel(char const* item)
+    {
+        window()->grabWindow();
+        runEvents();
+        window()->grabWindow();
+        auto* const flickable
+            = find(QStringLiteral("detail.scroll"))->property("contentItem").value<QQuickItem*>();
+        auto* const content = flickable->property("contentItem").value<QQuickItem*>();
+        auto const top = find(QString::fromUtf8(item))->mapToItem(content, QPointF()).y() - 90;
+        auto const farthest = flickable->property("contentHeight").toReal() - flickable->height();
+        flickable->setProperty("contentY", std::clamp(top, 0.0, farthest));
+    }
+
     /// Three sites, the first of which runs.
     void makeSites()
     {
-        auto const first = addSite("Lighthouse Bakery", 18080);
+        auto const first = addSiteWithDatabase("Lighthouse Bakery", 18080);
         addSite("Portfolio of Ines", 18081);
         addSite("Client staging with a rather long name that never ends", 18082);
         docker.setContainers(first.composeProjectName(),
@@ -82,14 +162,24 @@ protected:
         app->select(first.id);
     }
 
-    SiteDetailView& detail() { return *content().detail(); }
-
     void scrollTo(double part)
     {
         auto* const flickable
             = find(QStringLiteral("detail.scroll"))->property("contentItem").value<QQuickItem*>();
         auto const farthest = flickable->property("contentHeight").toReal() - flickable->height();
         flickable->setProperty("contentY", std::max(0.0, farthest * part));
+    }
+
+    /// The end of the sheet, where its outcome stands.
+    void scrollImportToEnd()
+    {
+        window()->grabWindow();
+        runEvents();
+        for (auto* item = find(QStringLiteral("import.retry")); item; item = item->parentItem()) {
+            if (item->inherits("QQuickFlickable"))
+                item->setProperty(
+                    "contentY", std::max(0.0, item->property("contentHeight").toReal() - item->height()));
+        }
     }
 
     void fillRunningSite()
@@ -230,6 +320,125 @@ TEST_P(Screens, siteWithARemote)
     save("remote-journal");
 }
 
+TEST_P(Screens, linkedSite)
+{
+    makeSites();
+    linkToRemote();
+    open({ 1000, 720 });
+    ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    detail().config()->testConnection();
+    ASSERT_TRUE(waitUntil([this] { return detail().config()->hasSucceeded(); }));
+    showPublicAddress();
+    scrollToPanel("config.linkedURL");
+    save("remote-linked");
+}
+
+TEST_P(Screens, refusedLink)
+{
+    makeSites();
+    open({ 1000, 720 });
+    ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    auto& config = *detail().config();
+    config.setRemoteURL(toQt(remote.url()));
+    config.setAPIKey(QStringLiteral("a key that was typed wrong"));
+    config.connectAndVerify();
+    ASSERT_TRUE(waitUntil([&] { return config.hasFailed(); }));
+    config.setRemoteURL(QStringLiteral("https://www.lighthouse-bakery.test"));
+    scrollTo(1);
+    save("remote-refused");
+}
+
+TEST_P(Screens, runningPush)
+{
+    makeSites();
+    linkSite(RemoteEnvironment::staging);
+    open({ 1000, 800 });
+    ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    auto& progress = *detail().operations()->progress()->progress();
+    progress.log("Exporting local database...");
+    progress.log("SQL dump: 12.4 MB");
+    progress.log("Uploading database to https://www.lighthouse-bakery.test...");
+    progress.log("Remote backup created: backup-20261121-0930");
+    progress.log("Database push complete.");
+    progress.log("Building local file manifest...");
+    progress.log("Uploading 214 files...");
+    progress.setPhase(Phase::syncingFiles);
+    progress.setTotalFiles(214);
+    progress.setProcessedFiles(131);
+    progress.setTotalBytes(48'600'000);
+    progress.setTransferredBytes(29'300'000);
+    progress.setCurrentFile("uploads/2026/11/sourdough-with-walnuts.jpg");
+    ASSERT_TRUE(waitUntil([this] { return isShown("progress.toggleLog"); }));
+    click("progress.toggleLog");
+    scrollToPanel("sync.database");
+    save("sync-running");
+}
+
+TEST_P(Screens, pushWithAConflict)
+{
+    makeSites();
+    linkToRemote();
+    docker.setDump(app->selectedSite()->composeProjectName(), "INSERT INTO `wp_options` VALUES (1);\n");
+    open({ 1000, 800 });
+    ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    auto& panel = *detail().operations();
+    auto const push = [&] {
+        panel.requestPush();
+        panel.guard()->setTypedHost(panel.guard()->host());
+        panel.guard()->confirm();
+        EXPECT_TRUE(waitUntil([&] { return panel.progress()->isComplete(); }));
+    };
+    push();
+    remote.writeFile("uploads/2026/11/new-oven.jpg", "picture");
+    push();
+    showPublicAddress();
+    scrollToPanel("sync.database");
+    save("sync-conflict");
+}
+
+TEST_P(Screens, contentOfBothSides)
+{
+    makeSites();
+    linkToRemote();
+    addPages();
+    open({ 1000, 800 });
+    ASSERT_TRUE(waitUntil([this] { return detail().content() && detail().content()->rows()->count() == 6; }));
+    showPublicAddress();
+    scrollToPanel("content.type");
+    save("content-browser");
+    detail().content()->pushClicked(QStringLiteral("23"));
+    ASSERT_TRUE(waitUntil([this] { return isShown("guard.typedHost"); }));
+    save("content-guard");
+}
+
+TEST_P(Screens, driftReport)
+{
+    makeSites();
+    linkToRemote();
+    auto const site = *app->selectedSite();
+    for (auto const* path : { "plugins/akismet/akismet.php", "themes/harbour/style.css",
+             "plugins/contact-form/form.php", "plugins/bread-calendar/calendar.php" }) {
+        addLocalFile(site, path, "same");
+        remote.writeFile(path, "same");
+    }
+    for (auto const* path : { "plugins/shop/a.php", "plugins/shop/b.php", "plugins/shop/c.php" }) {
+        addLocalFile(site, path, "old");
+        remote.writeFile(path, "new");
+    }
+    remote.writeFile("plugins/shop/d.php", "new");
+    addLocalFile(site, "plugins/debug-bar/bar.php", "x");
+    remote.writeFile("plugins/wordfence/fence.php", "x");
+    remote.writeFile("themes/harbour-child/style.css", "x");
+    open({ 1000, 800 });
+    ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    detail().drift()->check();
+    ASSERT_TRUE(waitUntil([this] { return detail().drift()->drifted()->count() == 4; }));
+    detail().drift()->toggleInSync();
+    showPublicAddress();
+    scrollToPanel("drift.check");
+    save("drift-report");
+}
+
 TEST_P(Screens, productionGuard)
 {
     makeSites();
@@ -259,6 +468,36 @@ TEST_P(Screens, importSite)
     content().sidebar()->importSheet()->setNewSiteName(QStringLiteral("Lighthouse Bakery"));
     ASSERT_TRUE(waitUntil([this] { return isShown("import.siteName"); }));
     save("import-site");
+}
+
+TEST_P(Screens, importPackage)
+{
+    makeSites();
+    auto const package = home.path() + "/lighthouse-bakery.twkb.zip";
+    ZipBuilder(package)
+        .file("manifest.json",
+            R"({"site_url":"https://www.lighthouse-bakery.test","wp_version":"6.8.1",)"
+            R"("export_date":"2026-11-20T18:12:04Z",)"
+            R"("includes":{"database":true,"themes":true,"plugins":true,"uploads":true}})")
+        .file("database.sql.gz", gzipped("INSERT INTO `wp_posts` VALUES (1);\n-- Dump completed\n"))
+        .file("wp-content/themes/harbour/style.css", "body {}");
+    open({ 1000, 900 });
+    content().sidebar()->openImport();
+    auto* const sheet = content().sidebar()->importSheet();
+    sheet->fileChosen(QUrl::fromLocalFile(toQt(package)));
+    ASSERT_TRUE(waitUntil([&] { return sheet->hasManifest() && isShown("import.siteName"); }));
+    save("import-package");
+    sheet->setCreateNewSite(false);
+    sheet->setSelectedSite(0);
+    docker.hold("exec");
+    sheet->importClicked();
+    ASSERT_TRUE(waitUntil([&] { return isShown("progress.bar") && docker.wasAsked("mysql mysql"); }));
+    save("import-running");
+    docker.fail("exec", "ERROR 2002 (HY000): Can't connect to local MySQL server through socket");
+    docker.release("exec");
+    ASSERT_TRUE(waitUntil([&] { return isShown("import.retry"); }));
+    scrollImportToEnd();
+    save("import-retry");
 }
 
 INSTANTIATE_TEST_SUITE_P(Styles, Screens, testing::Values("light", "dark"),
