@@ -80,7 +80,7 @@ Panel {
             Item { Layout.fillWidth: true }
             PlainLabel { text: "Local"; color: Theme.secondary; font.pointSize: Theme.small; Layout.preferredWidth: 96 }
             PlainLabel { text: "Remote"; color: Theme.secondary; font.pointSize: Theme.small; Layout.preferredWidth: 96 }
-            Item { Layout.preferredWidth: 92 + 64 }
+            Item { Layout.preferredWidth: 92 + Theme.space + 64 }
         }
         ListView {
             id: list
