@@ -324,6 +324,7 @@ TEST_P(Screens, linkedSite)
 {
     makeSites();
     linkToRemote();
+    addPages();
     open({ 1000, 720 });
     ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
     detail().config()->testConnection();
@@ -351,9 +352,11 @@ TEST_P(Screens, refusedLink)
 TEST_P(Screens, runningPush)
 {
     makeSites();
-    linkSite(RemoteEnvironment::staging);
+    linkToRemote();
+    addPages();
     open({ 1000, 800 });
-    ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    ASSERT_TRUE(waitUntil([this] { return detail().content() && detail().content()->rows()->count() == 6; }));
+    showPublicAddress();
     auto& progress = *detail().operations()->progress()->progress();
     progress.log("Exporting local database...");
     progress.log("SQL dump: 12.4 MB");
@@ -378,6 +381,7 @@ TEST_P(Screens, pushWithAConflict)
 {
     makeSites();
     linkToRemote();
+    addPages();
     docker.setDump(app->selectedSite()->composeProjectName(), "INSERT INTO `wp_options` VALUES (1);\n");
     open({ 1000, 800 });
     ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
@@ -415,6 +419,7 @@ TEST_P(Screens, driftReport)
 {
     makeSites();
     linkToRemote();
+    addPages();
     auto const site = *app->selectedSite();
     for (auto const* path : { "plugins/akismet/akismet.php", "themes/harbour/style.css",
              "plugins/contact-form/form.php", "plugins/bread-calendar/calendar.php" }) {
