@@ -6,12 +6,14 @@
 #include "app/State.h"
 #include "app/SyncHistoryView.h"
 #include "app/SyncOperationView.h"
+#include "core/base/AtomicFile.h"
 #include "tests/app/FakeDocker.h"
 #include "tests/support/TemporaryHome.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
 #include <QTimer>
