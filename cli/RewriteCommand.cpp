@@ -47,7 +47,9 @@ awaitable<void> rewrite(Context& context, RewriteOptions options)
         throw SyncError::connectionFailed(endlessPairText(options.from, options.to));
 
     auto usedStrictCharacters = false;
-    if (!options.input.empty() && !options.output.empty() && !options.value) {
+    auto const fromFileToFile
+        = !options.input.empty() && !options.output.empty() && canBeReplaced(options.output);
+    if (fromFileToFile && !options.value) {
         auto const guard = options.literal || options.exact ? Guard::off : Guard::on;
         usedStrictCharacters = rewriteFile(options.input, options.output, pairs, guard);
     } else {
@@ -58,7 +60,7 @@ awaitable<void> rewrite(Context& context, RewriteOptions options)
         if (options.output.empty())
             context.console().printBytes(result.text);
         else
-            replaceFile(options.output, result.text);
+            writeResult(options.output, result.text);
     }
     if (usedStrictCharacters)
         context.console().note(strictCharactersNotice);

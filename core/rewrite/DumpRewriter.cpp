@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <thread>
 
@@ -15,32 +16,7 @@ namespace harbor {
 
 namespace {
 
-constexpr auto npos = std::string_view::npos;
-
-/// Bytes after which a piece of work ends with its line.
-constexpr std::size_t pieceSize = 512 * 1024;
 constexpr unsigned mostThreads = 4;
-
-/// Position behind the first line whose line feed stands at or behind `from` and before `limit`; the size of
-/// the text without one.
-std::size_t lineEndFrom(std::string_view text, std::size_t from, std::size_t limit, CharacterRule rule)
-{
-    auto const searched = text.substr(0, limit);
-    for (auto lineFeed = searched.find('\n', from); lineFeed != npos;
-        lineFeed = searched.find('\n', lineFeed + 1))
-        if (SearchReplace::endsLine(text, lineFeed, rule))
-            return lineFeed + 1;
-    return text.size();
-}
-
-/// Position behind the last line that ends; 0 without one.
-std::size_t lastLineEnd(std::string_view text, CharacterRule rule)
-{
-    auto lineFeed = text.rfind('\n');
-    while (lineFeed != npos && !SearchReplace::endsLine(text, lineFeed, rule))
-        lineFeed = lineFeed == 0 ? npos : text.rfind('\n', lineFeed - 1);
-    return lineFeed == npos ? 0 : lineFeed + 1;
-}
 
 /// A last line that ends in a CR, through each pass on its own: the line feed that the first pass adds makes
 /// a CR LF pair of it, which ends no line in the second one.
@@ -70,25 +46,17 @@ bool rewriteLastLine(
         return rewriteLastLineWithCR(line, pairs, rule, sink);
     LineRewriter rewriter(pairs, rule);
     std::string output;
+    output.reserve(line.size() + line.size() / 8);
     rewriter.rewrite(line, output);
     sink(output.append("\n"));
     return rewriter.literalsMoved();
 }
 
-/// The line feeds that the passes add behind a text whose last line is whole: none behind a single line feed,
-/// one by each pass behind two.
-std::size_t addedLineFeeds(std::string_view sql, std::size_t passes, CharacterRule rule)
-{
-    auto const endsInTwo = sql.size() >= 2 && sql[sql.size() - 2] == '\n'
-        && SearchReplace::endsLine(sql, sql.size() - 2, rule);
-    return endsInTwo ? passes : 0;
-}
-
-/// Shares the lines of a text out among threads and puts the results back into their order.
+/// Shares the pieces of a dump out among threads and puts the results back into their order.
 class PieceQueue {
 public:
-    PieceQueue(std::string_view text, CharacterRule rule, RewriteSink const& sink)
-        : rest_(text)
+    PieceQueue(DumpPieces& pieces, CharacterRule rule, RewriteSink const& sink)
+        : pieces_(pieces)
         , rule_(rule)
         , sink_(sink)
     {
@@ -98,16 +66,17 @@ public:
     /// out.
     void work(LineRewriter& rewriter)
     {
+        std::string lines;
         std::string output;
-        for (auto piece = take(); !piece.text.empty(); piece = take()) {
+        while (auto const number = take(lines)) {
             std::exception_ptr failure;
             try {
                 output.clear();
-                rewriteLines(piece.text, rewriter, output);
+                rewriteLines(lines, rewriter, output);
             } catch (...) {
                 failure = std::current_exception();
             }
-            deliver(piece.number, output, failure);
+            deliver(*number, output, failure);
         }
     }
 
@@ -118,28 +87,24 @@ public:
     }
 
 private:
-    struct Piece {
-        std::size_t number;
-        std::string_view text;
-    };
-
-    Piece take()
+    /// @return  the number of the piece; nothing when there is none
+    std::optional<std::size_t> take(std::string& lines)
     {
         std::scoped_lock const lock(mutex_);
-        if (failure_)
-            return {};
-        auto const end = lineEndFrom(rest_, pieceSize, npos, rule_);
-        Piece const piece { taken_++, rest_.substr(0, end) };
-        rest_.remove_prefix(piece.text.size());
-        return piece;
+        try {
+            if (!failure_ && pieces_.take(lines))
+                return taken_++;
+        } catch (...) {
+            failure_ = std::current_exception();
+        }
+        return std::nullopt;
     }
 
     void rewriteLines(std::string_view lines, LineRewriter& rewriter, std::string& output) const
     {
         output.reserve(lines.size() + lines.size() / 8);
         for (std::size_t start = 0; start < lines.size();) {
-            // Between the size of a piece and its end no line ends: `take` has looked.
-            auto const end = lineEndFrom(lines, start, pieceSize, rule_);
+            auto const end = DumpPieces::lineEnd(lines, start, rule_);
             rewriter.rewrite(lines.substr(start, end - 1 - start), output);
             output.push_back('\n');
             start = end;
@@ -176,7 +141,7 @@ private:
     }
 
     std::mutex mutex_;
-    std::string_view rest_;
+    DumpPieces& pieces_;
     std::size_t taken_ = 0;
     std::exception_ptr failure_;
 
@@ -191,13 +156,12 @@ private:
 /// Short-lived threads of its own rather than those of the worker pool: the caller blocks one of the pool's,
 /// and waiting there for others could wait for ever.
 bool rewriteWholeLines(
-    std::string_view lines, std::vector<UrlPair> const& pairs, CharacterRule rule, RewriteSink const& sink)
+    DumpPieces& pieces, std::vector<UrlPair> const& pairs, CharacterRule rule, RewriteSink const& sink)
 {
-    auto const useful = 1 + lines.size() / (2 * pieceSize);
     auto const available = std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads);
-    std::vector<LineRewriter> rewriters(std::min<std::size_t>(useful, available), LineRewriter(pairs, rule));
+    std::vector<LineRewriter> rewriters(pieces.isSmall() ? 1 : available, LineRewriter(pairs, rule));
 
-    PieceQueue queue(lines, rule, sink);
+    PieceQueue queue(pieces, rule, sink);
     {
         std::vector<std::jthread> helpers;
         for (auto& rewriter : std::span(rewriters).subspan(1))
@@ -209,24 +173,32 @@ bool rewriteWholeLines(
     return std::ranges::any_of(rewriters, &LineRewriter::literalsMoved);
 }
 
+void copyAll(DumpSource const& source, RewriteSink const& sink)
+{
+    std::string block(DumpPieces::pieceSize, '\0');
+    while (auto const count = source(block))
+        sink(std::string_view(block).substr(0, count));
+}
+
 }  // namespace
 
 bool rewriteDumpTo(
-    RewriteSink const& sink, std::string_view sql, std::vector<UrlPair> const& pairs, CharacterRule rule)
+    RewriteSink const& sink, DumpSource const& source, std::vector<UrlPair> const& pairs, CharacterRule rule)
 {
     if (pairs.empty()) {
-        sink(sql);
+        copyAll(source, sink);
         return false;
     }
-    auto const wholeLines = sql.substr(0, lastLineEnd(sql, rule));
-    auto const lastLine = sql.substr(wholeLines.size());
-    auto const moved = rewriteWholeLines(wholeLines, pairs, rule, sink);
+    DumpPieces pieces(source, rule);
+    auto const moved = rewriteWholeLines(pieces, pairs, rule, sink);
 
-    if (lastLine.empty() && !wholeLines.empty()) {
-        sink(std::string(addedLineFeeds(sql, pairs.size(), rule), '\n'));
+    if (pieces.lastLine().empty() && pieces.hadLines()) {
+        // Behind a single line feed none is added, behind two each pass adds one.
+        if (pieces.endsInTwoLineFeeds())
+            sink(std::string(pairs.size(), '\n'));
         return moved;
     }
-    auto const movedInLastLine = rewriteLastLine(lastLine, pairs, rule, sink);
+    auto const movedInLastLine = rewriteLastLine(pieces.lastLine(), pairs, rule, sink);
     return moved || movedInLastLine;
 }
 
@@ -235,8 +207,13 @@ RewrittenDump rewriteToString(std::string_view sql, std::vector<UrlPair> const& 
     RewrittenDump result;
     // Untouched memory costs nothing, a second copy while the text grows does.
     result.text.reserve(sql.size() + sql.size() / 8 + 16);
-    result.literalsMoved
-        = rewriteDumpTo([&](std::string_view piece) { result.text.append(piece); }, sql, pairs, rule);
+    auto const source = [&sql](std::span<char> buffer) {
+        auto const count = sql.copy(buffer.data(), buffer.size());
+        sql.remove_prefix(count);
+        return count;
+    };
+    auto const sink = [&result](std::string_view piece) { result.text.append(piece); };
+    result.literalsMoved = rewriteDumpTo(sink, source, pairs, rule);
     return result;
 }
 

@@ -7,9 +7,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
 #include <optional>
-#include <sys/mman.h>
+#include <span>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,45 +19,56 @@ namespace harbor {
 
 namespace {
 
-/// The bytes of a file, without a copy of them.
-class MappedFile {
+/// Reads a dump from its start, and sees to it that no byte is missing at the end: a file that another
+/// program cuts short meanwhile must not pass for a whole one.
+class DumpReader {
 public:
-    explicit MappedFile(std::string const& path)
+    explicit DumpReader(std::string const& path)
+        : file_(File::openForReading(path))
+        , size_(file_.size())
     {
-        auto const file = File::openForReading(path);
-        size_ = static_cast<std::size_t>(file.size());
-        if (size_ == 0)
-            return;  // Nothing cannot be mapped.
-        data_ = ::mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, file.descriptor(), 0);
-        if (data_ == MAP_FAILED)
-            throw FileError(errno, path);
-    }
-    MappedFile(MappedFile const&) = delete;
-    MappedFile& operator=(MappedFile const&) = delete;
-    ~MappedFile()
-    {
-        if (size_ > 0)
-            ::munmap(data_, size_);
     }
 
-    std::string_view bytes() const { return { static_cast<char const*>(data_), size_ }; }
+    void rewind()
+    {
+        file_.seek(0);
+        position_ = 0;
+    }
+
+    std::size_t read(std::span<char> buffer)
+    {
+        auto const count = file_.read(buffer);
+        position_ += static_cast<std::int64_t>(count);
+        if (count == 0 && position_ < size_)
+            throw std::runtime_error("The file became shorter while it was read: " + file_.path());
+        return count;
+    }
 
 private:
-    void* data_ = nullptr;
-    std::size_t size_ = 0;
+    File file_;
+    std::int64_t size_;  ///< In bytes, when it was opened.
+    std::int64_t position_ = 0;
 };
+
+/// Where the link at `path` leads, so that the link itself stays.
+std::string behindLinks(std::string const& path)
+{
+    std::error_code failure;
+    auto const target = std::filesystem::canonical(path, failure);
+    return failure ? path : target.string();
+}
 
 /// A file beside the target, gone again unless it takes the target's place.
 class FileBeside {
 public:
     explicit FileBeside(std::string const& target)
-        : target_(target)
-        , path_((std::filesystem::path(target).parent_path() / (".twkb-" + Uuid::random().text() + ".tmp"))
+        : target_(behindLinks(target))
+        , path_((std::filesystem::path(target_).parent_path() / (".twkb-" + Uuid::random().text() + ".tmp"))
                   .string())
         , file_(File::createNew(path_, 0666))
     {
         struct stat status {};
-        if (::stat(target.c_str(), &status) == 0)
+        if (::stat(target_.c_str(), &status) == 0)
             file_.setMode(status.st_mode & 07777);
     }
     FileBeside(FileBeside const&) = delete;
@@ -82,18 +95,35 @@ private:
     File file_;
 };
 
+void writeStraight(std::string const& path, std::string_view bytes)
+{
+    auto const descriptor = ::open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0)
+        throw FileError(errno, path);
+    auto file = File::adopt(descriptor, path);
+    file.write(bytes);
+    file.close();
+}
+
 }  // namespace
+
+bool canBeReplaced(std::string const& path)
+{
+    struct stat status {};
+    return ::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+}
 
 bool rewriteFile(
     std::string const& input, std::string const& output, std::vector<UrlPair> const& pairs, Guard guard)
 {
-    MappedFile const dump(input);
+    DumpReader dump(input);
     std::optional<FileBeside> result;
     auto const rewrite = [&](CharacterRule rule) {
         result.reset();
         result.emplace(output);
-        return rewriteDumpTo(
-            [&](std::string_view piece) { result->write(piece); }, dump.bytes(), pairs, rule);
+        dump.rewind();
+        return rewriteDumpTo([&](std::string_view piece) { result->write(piece); },
+            [&](std::span<char> buffer) { return dump.read(buffer); }, pairs, rule);
     };
 
     auto usedStrictCharacters = false;
@@ -105,8 +135,10 @@ bool rewriteFile(
     return usedStrictCharacters;
 }
 
-void replaceFile(std::string const& path, std::string_view bytes)
+void writeResult(std::string const& path, std::string_view bytes)
 {
+    if (!canBeReplaced(path))
+        return writeStraight(path, bytes);
     FileBeside file(path);
     file.write(bytes);
     file.takePlace();

@@ -3,6 +3,7 @@
 #include "core/base/AtomicFile.h"
 #include "core/base/File.h"
 #include "core/base/TemporaryFile.h"
+#include "core/rewrite/DumpPieces.h"
 #include "core/rewrite/SearchReplace.h"
 
 #include <gmock/gmock.h>
@@ -62,6 +63,69 @@ TEST_F(RewriteFileTest, theGuardRewritesTheWholeFileAgain)
     EXPECT_EQ(readWholeFile(output), "INSERT INTO t VALUES ('\\'\u0301 https://new.test');\n");
     EXPECT_FALSE(rewriteFile(input, output, pairs, Guard::off));
     EXPECT_EQ(readWholeFile(output), "INSERT INTO t VALUES (''\u0301 https://new.test');\n");
+}
+
+/// The rewrite for one pair by the plain rule, one line behind the other.
+std::string rewrittenLineByLine(std::string const& sql, UrlPair const& pair)
+{
+    auto const endsLine = [&](std::size_t at) {
+        return sql[at] == '\n' && SearchReplace::endsLine(sql, at, CharacterRule::whole);
+    };
+    std::string result;
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < sql.size(); ++at) {
+        if (endsLine(at)) {
+            result += SearchReplace::rewriteLine(sql.substr(start, at - start), pair) + "\n";
+            start = at + 1;
+        }
+    }
+    auto const endsInOne = start == sql.size() && (start < 2 || !endsLine(start - 2));
+    return endsInOne ? result : result + SearchReplace::rewriteLine(sql.substr(start), pair) + "\n";
+}
+
+TEST_F(RewriteFileTest, linesOfAnyLengthAndAnyEndAreRewrittenAsIfOneByOne)
+{
+    constexpr auto piece = DumpPieces::pieceSize;
+    for (std::string const end : { "\n", "\n\n", "\r\n", "\n\u0301\n", "", "\r" }) {
+        for (auto const size : { piece - 50, piece - 38, piece, 2 * piece - 38, 5 * piece }) {
+            auto const line = "INSERT INTO t VALUES ('http://old.test" + std::string(size, 'x') + "');" + end;
+            auto const sql = line + end + "INSERT INTO t VALUES ('http://old.test');" + end + line;
+            writeAtomically(input, sql, 0600);
+            rewriteFile(input, output, { pairs[0] }, Guard::off);
+            EXPECT_TRUE(readWholeFile(output) == rewrittenLineByLine(sql, pairs[0]))
+                << testing::PrintToString(end) << " " << size;
+        }
+    }
+}
+
+TEST_F(RewriteFileTest, withoutPairsTheBytesAreCopied)
+{
+    auto const sql = "INSERT INTO t VALUES ('\\Z" + std::string(3 * DumpPieces::pieceSize, 'x');
+    writeAtomically(input, sql, 0600);
+    rewriteFile(input, output, {}, Guard::on);
+    EXPECT_TRUE(readWholeFile(output) == sql);
+}
+
+/// The kernel's files claim more bytes than they give, as a file does that is cut short while it is read.
+TEST_F(RewriteFileTest, aFileWithFewerBytesThanItHadIsNoWholeDump)
+{
+    std::string const shortFile = "/sys/devices/system/cpu/online";
+    if (!fileExists(shortFile))
+        GTEST_SKIP() << "The kernel's files are not to be seen here.";
+    EXPECT_THAT([&] { rewriteFile(shortFile, output, pairs, Guard::on); },
+        testing::ThrowsMessage<std::runtime_error>(
+            "The file became shorter while it was read: " + shortFile));
+    EXPECT_EQ(filesInFolder(), 0U);
+}
+
+TEST_F(RewriteFileTest, whatIsNoFileIsWrittenToAndNotReplaced)
+{
+    EXPECT_TRUE(canBeReplaced(input));
+    EXPECT_FALSE(canBeReplaced("/dev/null"));
+    EXPECT_FALSE(canBeReplaced(folder.path()));
+    writeResult("/dev/null", "x");
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_THROW(writeResult(folder.path(), "x"), FileError);
 }
 
 TEST_F(RewriteFileTest, aFailureLeavesTheOldOutputAndNothingElse)
