@@ -1,19 +1,12 @@
 #include "core/docker/ImportManifest.h"
 
+#include "core/base/Integer.h"
+
 #include <algorithm>
-#include <charconv>
 
 namespace harbor {
 
 namespace {
-
-/// A key that is no integer counts as 0.
-std::int64_t orderOf(std::string const& key)
-{
-    std::int64_t number = 0;
-    auto const [end, failure] = std::from_chars(key.data(), key.data() + key.size(), number);
-    return failure == std::errc() && end == key.data() + key.size() ? number : 0;
-}
 
 std::optional<std::vector<std::string>> readPlugins(JsonReader const& manifest)
 {
@@ -29,7 +22,7 @@ std::optional<std::vector<std::string>> readPlugins(JsonReader const& manifest)
             return std::nullopt;
         std::vector<std::pair<std::int64_t, std::string>> ordered;
         for (auto const& [key, plugin] : *byKey)
-            ordered.emplace_back(orderOf(key), plugin);
+            ordered.emplace_back(parseInteger(key).value_or(0), plugin);
         std::ranges::sort(ordered);
         std::vector<std::string> plugins;
         for (auto& [order, plugin] : ordered)

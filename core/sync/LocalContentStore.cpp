@@ -1,5 +1,6 @@
 #include "core/sync/LocalContentStore.h"
 
+#include "core/base/Integer.h"
 #include "core/base/TemporaryFile.h"
 #include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
@@ -7,7 +8,7 @@
 #include "core/sync/ContentStatements.h"
 
 #include <algorithm>
-#include <charconv>
+#include <limits>
 
 namespace harbor {
 
@@ -25,17 +26,6 @@ std::vector<std::string> lines(std::string_view text)
     return result;
 }
 
-std::optional<std::int64_t> parseInteger(std::string_view text)
-{
-    if (text.starts_with('+'))
-        text.remove_prefix(text.starts_with("+-") ? 0 : 1);
-    std::int64_t number = 0;
-    auto const [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (failure != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    return number;
-}
-
 /// The text under a key, or nothing for a missing key and for any other type.
 std::optional<std::string> textOf(Json const& row, char const* key)
 {
@@ -45,12 +35,20 @@ std::optional<std::string> textOf(Json const& row, char const* key)
     return found->get<std::string>();
 }
 
+/// The integer value of the number under a key, held within the range; nothing for a missing key and for any
+/// other type.
 std::optional<std::int64_t> numberOf(Json const& row, char const* key)
 {
+    constexpr auto largest = std::numeric_limits<std::int64_t>::max();
+    constexpr auto largestBelow = 0x1p63 - 1024;  // The last double that fits.
     auto const found = row.find(key);
     if (found == row.end() || !found->is_number())
         return std::nullopt;
-    return found->get<std::int64_t>();
+    if (found->is_number_unsigned())
+        return static_cast<std::int64_t>(std::min<std::uint64_t>(found->get<std::uint64_t>(), largest));
+    if (found->is_number_integer())
+        return found->get<std::int64_t>();
+    return static_cast<std::int64_t>(std::clamp(found->get<double>(), -0x1p63, largestBelow));
 }
 
 void readPostRow(Json const& row, PostPayload& payload)
@@ -59,7 +57,7 @@ void readPostRow(Json const& row, PostPayload& payload)
     for (auto const* column : contentStatements::postColumns) {
         if (auto text = textOf(row, column))
             payload.post[column] = std::move(*text);
-        else if (auto const number = numberOf(row, column))
+        else if (numberOf(row, column))
             payload.post[column] = row.at(column).dump();
     }
 }

@@ -105,6 +105,18 @@ TEST_F(LocalContentStoreTest, itemsFillInWhatARowLacks)
             ContentItemSummary { 8, "", "", "", "page", 0 }));
 }
 
+TEST_F(LocalContentStoreTest, numbersBeyondTheRangeAreHeldWithinIt)
+{
+    docker.answer("ORDER BY post_modified_gmt", 0,
+        "{\"id\": 18446744073709551615, \"modified_gmt\": 1e300}\n{\"id\": -1e300, \"modified_gmt\": 2.9}\n");
+    auto const items = runToEnd(context, store.listContentItems("page", 500));
+    ASSERT_EQ(items.size(), 2U);
+    EXPECT_EQ(items[0].id, std::numeric_limits<std::int64_t>::max());
+    EXPECT_GT(items[0].modified_gmt, std::numeric_limits<std::int64_t>::max() - 2048);
+    EXPECT_EQ(items[1].id, std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(items[1].modified_gmt, 2);
+}
+
 TEST_F(LocalContentStoreTest, anItemIsReadFromItsThreeKindsOfRows)
 {
     docker.answer("'_row'", 0,
