@@ -1,6 +1,7 @@
 #include "core/docker/PackageExtraction.h"
 
 #include "core/base/File.h"
+#include "core/base/Interrupted.h"
 #include "core/base/WorkerPool.h"
 #include "core/docker/ImportError.h"
 #include "core/site/ShellRunner.h"
@@ -99,8 +100,9 @@ void copyData(archive* reader, archive* writer)
 /// placed through one.
 class Extraction {
 public:
-    Extraction(std::string const& package, std::string target)
+    Extraction(std::string const& package, std::string target, std::stop_token stop)
         : target_(std::move(target))
+        , stop_(std::move(stop))
         , reader_(archive_read_new())
         , writer_(archive_write_disk_new())
     {
@@ -118,11 +120,14 @@ public:
             if (status == ARCHIVE_EOF)
                 break;
             check(status, reader_.get());
+            throwIfStopped(stop_);
             take(entry);
         }
         check(archive_write_close(writer_.get()), writer_.get());
         for (auto const& link : links_)
             makeLink(link);
+        for (auto const& link : links_)  // Where one leads may depend on those that were made after it.
+            requireInside(target_ + "/" + link.name, link.name);
     }
 
 private:
@@ -138,34 +143,38 @@ private:
             return;
         if (name.empty() || leavesTarget(name))
             refuse(name);
-        if (archive_entry_filetype(entry) == AE_IFLNK) {
+        auto const type = archive_entry_filetype(entry);
+        if (type == AE_IFLNK) {
             auto const* leadsTo = archive_entry_symlink(entry);
             links_.push_back({ name, leadsTo ? leadsTo : "" });
             return;
         }
         archive_entry_copy_pathname(entry, (target_ + "/" + name).c_str());
         // Whatever the archive says, we must be able to read and to remove what we make.
-        auto const isFolder = archive_entry_filetype(entry) == AE_IFDIR;
-        archive_entry_set_perm(entry, (archive_entry_perm(entry) & 0777) | (isFolder ? 0700 : 0600));
+        archive_entry_set_perm(entry, (archive_entry_perm(entry) & 0777) | (type == AE_IFDIR ? 0700 : 0600));
         check(archive_write_header(writer_.get(), entry), writer_.get());
         copyData(reader_.get(), writer_.get());
         check(archive_write_finish_entry(writer_.get()), writer_.get());
     }
 
+    /// Takes the place of an earlier file or link of that name.
     void makeLink(Link const& link) const
     {
-        auto const parent = std::filesystem::path(target_ + "/" + link.name).parent_path();
-        std::filesystem::create_directories(parent);
-        if (!isInside(parent) || !isInside(parent / link.leadsTo))
-            refuse(link.name);
-        std::filesystem::create_symlink(link.leadsTo, target_ + "/" + link.name);
+        std::filesystem::path const path(target_ + "/" + link.name);
+        requireInside(path.parent_path(), link.name);
+        requireInside(path.parent_path() / link.leadsTo, link.name);
+        std::filesystem::create_directories(path.parent_path());
+        if (!std::filesystem::is_directory(std::filesystem::symlink_status(path)))
+            std::filesystem::remove(path);
+        std::filesystem::create_symlink(link.leadsTo, path);
     }
 
-    bool isInside(std::filesystem::path const& path) const
+    void requireInside(std::filesystem::path const& path, std::string const& name) const
     {
         auto const root = std::filesystem::canonical(target_).native();
         auto const end = std::filesystem::weakly_canonical(path).native();
-        return end == root || end.starts_with(root + "/");
+        if (end != root && !end.starts_with(root + "/"))
+            refuse(name);
     }
 
     [[noreturn]] static void refuse(std::string const& name)
@@ -174,16 +183,17 @@ private:
     }
 
     std::string target_;
+    std::stop_token stop_;
     Reader reader_;
     Writer writer_;
     std::vector<Link> links_;
 };
 
-void extractWithLibarchive(std::string const& package, std::string const& target)
+void extractWithLibarchive(std::string const& package, std::string const& target, std::stop_token stop)
 {
     Utf8Locale const locale;
     try {
-        Extraction(package, target).run();
+        Extraction(package, target, std::move(stop)).run();
     } catch (std::filesystem::filesystem_error const& error) {
         fail(error.code().message());
     }
@@ -198,13 +208,13 @@ awaitable<void> extractWithMacTool(std::string package, std::string target)
 
 }  // namespace
 
-awaitable<void> extractZip(std::string package, std::string target)
+awaitable<void> extractZip(std::string package, std::string target, std::stop_token stop)
 {
     if (fileExists(macTool)) {
         co_await extractWithMacTool(std::move(package), std::move(target));
         co_return;
     }
-    auto const extract = [&package, &target] { extractWithLibarchive(package, target); };
+    auto const extract = [&] { extractWithLibarchive(package, target, stop); };
     co_await callOn(WorkerPool::executor(), extract);
 }
 

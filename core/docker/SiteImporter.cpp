@@ -30,6 +30,13 @@ ImportManifest manifestIn(TemporaryDirectory const& package)
     return JsonReader(parseJson(readWholeFile(path))).as<ImportManifest>();
 }
 
+/// A dump that would be rewritten for ever is refused before anything of the package is placed.
+void refuseEndlessRewrite(ImportManifest const& manifest, Site const& site)
+{
+    if (wouldNotEnd(manifest.site_url, site.localURL()))
+        throw ImportError::databaseImportFailed(endlessPairText(manifest.site_url, site.localURL()));
+}
+
 /// Unpacks the dump beside itself: by `gunzip`, by `gzip`, and where both are missing in memory.
 awaitable<void> decompress(std::string gzPath, std::string sqlPath)
 {
@@ -111,7 +118,7 @@ awaitable<void> SiteImporter::retryDatabaseImport(std::string packagePath, Site 
 awaitable<TemporaryDirectory> SiteImporter::extractPackage(std::string packagePath)
 {
     TemporaryDirectory target("twkb-import-");
-    co_await extractZip(std::move(packagePath), target.path());
+    co_await extractZip(std::move(packagePath), target.path(), stop_);
     co_return target;
 }
 
@@ -134,6 +141,9 @@ awaitable<void> SiteImporter::import(
         co_await log(progress_, "WordPress version: " + *manifest.wp_version);
     if (manifest.export_date)
         co_await log(progress_, "Export date: " + *manifest.export_date);
+    auto const loadsDatabase = includeDatabase && fileExists(dumpIn(package));
+    if (loadsDatabase)
+        refuseEndlessRewrite(manifest, site);
     throwIfStopped(stop_);
 
     if (includeFiles && fileExists(contentIn(package))) {
@@ -147,7 +157,7 @@ awaitable<void> SiteImporter::import(
     }
     throwIfStopped(stop_);
 
-    if (includeDatabase && fileExists(dumpIn(package))) {
+    if (loadsDatabase) {
         co_await enter(progress_, Phase::importingDatabase);
         co_await log(progress_, "Importing database...");
         co_await importDatabaseDump(dumpIn(package), site, manifest.site_url);
@@ -172,6 +182,7 @@ awaitable<void> SiteImporter::retry(std::string packagePath, Site site)
     auto const manifest = manifestIn(package);
     if (!fileExists(dumpIn(package)))
         throw ImportError::databaseImportFailed("No database dump found in package");
+    refuseEndlessRewrite(manifest, site);
     throwIfStopped(stop_);
 
     co_await enter(progress_, Phase::importingDatabase);
@@ -185,8 +196,6 @@ awaitable<void> SiteImporter::retry(std::string packagePath, Site site)
 
 awaitable<void> SiteImporter::importDatabaseDump(std::string gzPath, Site site, std::string sourceURL)
 {
-    if (wouldNotEnd(sourceURL, site.localURL()))
-        throw ImportError::databaseImportFailed(endlessPairText(sourceURL, site.localURL()));
     auto const sqlPath = gzPath.substr(0, gzPath.size() - std::string_view(".gz").size());
     co_await decompress(gzPath, sqlPath);
     if (!fileExists(sqlPath))

@@ -2,6 +2,7 @@
 
 #include "core/base/AtomicFile.h"
 #include "core/base/File.h"
+#include "core/base/Interrupted.h"
 #include "core/docker/ImportError.h"
 #include "tests/support/RunToEnd.h"
 #include "tests/support/TemporaryHome.h"
@@ -118,11 +119,52 @@ TEST_F(PackageExtractionTest, aChainOfLinksThatLeadsOutIsRefused)
     EXPECT_THAT([this] { extract(); }, ThrowsMessage<ImportError>(HasSubstr("\"two\" would leave")));
 }
 
+TEST_F(PackageExtractionTest, aLinkThatLeadsOutOnlyThroughALaterOneIsRefused)
+{
+    writeAtomically(home.path() + "/secret", "x", 0600);
+    ZipBuilder(package).link("leak", "turn/../secret").link("turn", ".");
+    EXPECT_THAT([this] { extract(); }, ThrowsMessage<ImportError>(HasSubstr("\"leak\" would leave")));
+}
+
+TEST_F(PackageExtractionTest, noFolderIsMadeThroughALinkThatLeadsOut)
+{
+    ZipBuilder(package).link("up", "turn/..").link("turn", ".").link("up/made/link", "x");
+    EXPECT_THAT([this] { extract(); }, ThrowsMessage<ImportError>(HasSubstr("\"up/made/link\" would leave")));
+    EXPECT_FALSE(std::filesystem::exists(home.path() + "/made"));
+}
+
+TEST_F(PackageExtractionTest, ofTwoEntriesOfOneNameTheLaterCounts)
+{
+    ZipBuilder(package)
+        .file("a.txt", "long first text")
+        .file("a.txt", "second")
+        .link("b.txt", "nowhere")
+        .link("b.txt", "a.txt");
+    extract();
+    EXPECT_EQ(content("a.txt"), "second");
+    EXPECT_EQ(content("b.txt"), "second");
+}
+
+TEST_F(PackageExtractionTest, aFolderInThePlaceOfAFileFails)
+{
+    ZipBuilder(package).file("a/b.txt", "x").link("a", "b");
+    EXPECT_THAT([this] { extract(); }, ThrowsMessage<ImportError>("Extraction failed: File exists"));
+}
+
 TEST_F(PackageExtractionTest, noFileIsPlacedThroughALink)
 {
     ZipBuilder(package).link("d", "/tmp").file("d/twkb-evil", "evil");
     EXPECT_THROW(extract(), ImportError);
     EXPECT_FALSE(std::filesystem::exists("/tmp/twkb-evil"));
+}
+
+TEST_F(PackageExtractionTest, aStoppedExtractionEndsBeforeTheNextEntry)
+{
+    ZipBuilder(package).file("a.txt", "x");
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(runToEnd(context, extractZip(package, target, stop.get_token())), Interrupted);
+    EXPECT_FALSE(exists("a.txt"));
 }
 
 TEST_F(PackageExtractionTest, whatIsNoZipFailsWithTheLibrarysWords)

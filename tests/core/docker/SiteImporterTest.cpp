@@ -214,15 +214,21 @@ TEST_F(SiteImporterTest, whereGunzipIsMissingTheSecondCommandIsTried)
     EXPECT_THAT(loaded(), testing::SizeIs(1));
 }
 
-TEST_F(SiteImporterTest, aPairThatWouldNeverEndIsRefusedBeforeTheLoad)
+TEST_F(SiteImporterTest, aPairThatWouldNeverEndIsRefusedBeforeAnythingIsPlaced)
 {
     ZipBuilder(package)
         .file("manifest.json", R"({"site_url":"http://localhost:80"})")
-        .file("database.sql.gz", gzipped(dump));
+        .file("database.sql.gz", gzipped(dump))
+        .file("wp-content/a.php", "x");
     EXPECT_THAT([this] { import(); },
         ThrowsMessage<ImportError>(testing::AllOf(testing::StartsWith("Database import failed: "),
             testing::HasSubstr("http://localhost:80"), testing::HasSubstr("http://localhost:8080"))));
+    EXPECT_THROW(retry(), ImportError);
     EXPECT_THAT(docker.calls(), IsEmpty());
+    EXPECT_FALSE(std::filesystem::exists(site.wpContentPath() + "/a.php"));
+
+    import(false, true);
+    EXPECT_EQ(placed("a.php"), "x");
 }
 
 TEST_F(SiteImporterTest, wpContentThatIsNoFolderFails)
