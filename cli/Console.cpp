@@ -77,15 +77,15 @@ Console::Console()
 void Console::print(std::string_view line)
 {
     clearLiveLine();
-    write(stdout, line);
-    write(stdout, "\n");
+    writeOutput(line);
+    writeOutput("\n");
 }
 
 void Console::printBytes(std::string_view bytes)
 {
     clearLiveLine();
-    write(stdout, bytes);
-    std::fflush(stdout);
+    writeOutput(bytes);
+    flushOutput();
 }
 
 void Console::printJson(Json const& document) { print(prettyJson(document)); }
@@ -139,7 +139,7 @@ void Console::setLiveLine(std::string line)
 {
     if (!hasLiveTerminal_ || line == liveLine_)
         return;
-    std::fflush(stdout);
+    flushOutput();
     write(stderr, std::string(eraseLine) + line);
     liveLine_ = std::move(line);
 }
@@ -157,7 +157,7 @@ bool Console::canAsk() const { return ::isatty(STDIN_FILENO) != 0; }
 void Console::question(std::string_view text)
 {
     clearLiveLine();
-    std::fflush(stdout);
+    flushOutput();
     write(stderr, text);
     write(stderr, " ");
 }
@@ -175,18 +175,37 @@ std::string Console::styledForErrors(std::string_view text, Style style) const
 bool Console::finish()
 {
     clearLiveLine();
-    errno = 0;
-    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+    flushOutput();
+    if (outputError_ == 0)
         return true;
-    fail("Standard output: " + describeErrno(errno ? errno : EIO));
+    fail("Standard output: " + describeErrno(outputError_));
     return false;
+}
+
+void Console::writeOutput(std::string_view bytes)
+{
+    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) < bytes.size())
+        keepOutputError();
+}
+
+void Console::flushOutput()
+{
+    if (std::fflush(stdout) != 0)
+        keepOutputError();
+}
+
+/// The first one says why; what comes after it would only say that something went wrong before.
+void Console::keepOutputError()
+{
+    if (outputError_ == 0)
+        outputError_ = errno ? errno : EIO;
 }
 
 void Console::writeErrorLine(std::string_view line)
 {
     auto const live = liveLine_;
     clearLiveLine();
-    std::fflush(stdout);
+    flushOutput();
     write(stderr, std::string(line) + "\n");
     if (!live.empty())
         setLiveLine(live);

@@ -70,6 +70,9 @@ public:
     bool finish();
 
 private:
+    void writeOutput(std::string_view bytes);
+    void flushOutput();
+    void keepOutputError();
     void writeErrorLine(std::string_view line);
     void clearLiveLine();
 
@@ -77,6 +80,7 @@ private:
     bool coloursErrors_;
     bool hasLiveTerminal_;
     std::string liveLine_;
+    int outputError_ = 0;  ///< The system's number for the first failure of standard output.
 };
 
 }  // namespace harbor::cli
