@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/ProgressDisplay.h"
-#include "core/base/Describe.h"
+#include "cli/SiteCreation.h"
+#include "core/base/Clock.h"
 #include "core/docker/SiteImporter.h"
 
 #include <filesystem>
@@ -22,7 +23,6 @@ struct ImportOptions {
     bool retryDatabase = false;
 };
 
-/// The package may lie anywhere; a wrong name is better told before a site is made for it.
 void requireFile(std::string const& file)
 {
     std::error_code failure;
@@ -68,24 +68,31 @@ awaitable<void> showPackage(Context& context, std::string file)
     context.console().printTable(rows);
 }
 
+void requireTarget(ImportOptions const& options)
+{
+    if (options.newName.empty() == options.intoSite.empty())
+        throw usageError("Say where the package goes: --new NAME or --into SITE.");
+    if (options.retryDatabase && options.intoSite.empty())
+        throw usageError("--retry-database goes with --into SITE.");
+}
+
+/// A package that cannot be read is told before a site is made for it.
 awaitable<Site> createTarget(Context& context, ImportOptions options)
 {
+    SyncProgress progress(context.mainThread());
+    SiteImporter importer(progress, context.stopToken());
+    co_await importer.readManifest(options.file);
+
     context.console().note("Creating \"" + options.newName + "\"...");
-    auto const usedPorts = context.sites().usedPorts();
-    auto const site = co_await context.lifecycle().create(
-        options.newName, options.phpVersion, options.webServer, usedPorts);
-    context.changeSites([&site](SiteStore& store) { store.add(site); });
+    auto site = co_await createStoredSite(context, options.newName, options.phpVersion, options.webServer);
     co_await Clock::system().sleep(settlingTime);
     co_return site;
 }
 
 awaitable<void> import(Context& context, ImportOptions options)
 {
+    requireTarget(options);
     requireFile(options.file);
-    if (options.newName.empty() == options.intoSite.empty())
-        throw usageError("Say where the package goes: --new NAME or --into SITE.");
-    if (options.retryDatabase && options.intoSite.empty())
-        throw usageError("--retry-database goes with --into SITE.");
     auto const isNew = !options.newName.empty();
     auto const site = isNew ? co_await createTarget(context, options) : context.findSite(options.intoSite);
 
@@ -127,10 +134,13 @@ void addImportCommand(CLI::App& program, Context& context)
     auto& command = *program.add_subcommand("import", "Fill a site from an export package");
     auto const options = std::make_shared<ImportOptions>();
     command.add_option("FILE", options->file, "An export package (.twkb.zip)")->required();
-    command.add_option("--new", options->newName, "Create a site of this name for it")->type_name("NAME");
+    auto& newName = *command.add_option("--new", options->newName, "Create a site of this name for it")
+                         ->type_name("NAME");
     command.add_option("--into", options->intoSite, "Import into this site")->type_name("SITE");
-    addChoice(command, "--php", options->phpVersion, allPHPVersions, "PHP version of a new site");
-    addChoice(command, "--server", options->webServer, allWebServers, "Web server of a new site");
+    addChoice(command, "--php", options->phpVersion, allPHPVersions, "PHP version of a new site")
+        ->needs(&newName);
+    addChoice(command, "--server", options->webServer, allWebServers, "Web server of a new site")
+        ->needs(&newName);
     command.add_flag("--no-database", options->skipDatabase, "Leave the database alone");
     command.add_flag("--no-files", options->skipFiles, "Leave the files alone");
     command.add_flag("--retry-database", options->retryDatabase, "Only load the database again");

@@ -1,8 +1,8 @@
 #include "cli/Commands.h"
 #include "cli/Prompt.h"
+#include "cli/SiteCreation.h"
 #include "cli/SiteReport.h"
 #include "cli/SiteStatuses.h"
-#include "core/base/Describe.h"
 #include "core/base/File.h"
 #include "core/base/Unicode.h"
 #include "core/site/ShellRunner.h"
@@ -62,48 +62,10 @@ awaitable<void> showSite(Context& context, std::string which)
     printReport(context.console(), report);
 }
 
-/// A creation that failed halfway leaves what it made, and its folder keeps the name taken.
-void tellWhatStands(Console& console, std::string const& folder)
-{
-    if (fileExists(folder))
-        console.warn("What was made so far stays in " + folder + "; \"twkb doctor\" tells how to remove it.");
-}
-
 awaitable<void> createSite(Context& context, std::string name, PHPVersion phpVersion, WebServer webServer)
 {
-    auto const trimmed = unicode::trimBlanks(name);
-    if (!unicode::isValidUtf8(trimmed))
-        throw usageError("The name of the site is not UTF-8 text.");
-    if (trimmed.empty())
-        throw usageError("The name of the site is empty.");
-
-    auto const folder = Site(trimmed, phpVersion, webServer, 0, 0, 0).siteDirectory();
-    context.console().hint(
-        "Creating \"" + trimmed + "\". The first site takes minutes, while Docker downloads its images.");
-
-    auto const turn = co_await context.turnToCreate();
-    auto const stoodBefore = fileExists(folder);
-    std::optional<Site> site;
-    std::exception_ptr failure;
-    try {
-        site = co_await context.lifecycle().create(
-            trimmed, phpVersion, webServer, context.sites().usedPorts());
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (failure) {
-        if (!stoodBefore)
-            tellWhatStands(context.console(), folder);
-        std::rethrow_exception(failure);
-    }
-
-    printReport(context.console(), { *site, SiteStatus::running, {}, {} });
-    try {
-        context.changeSites([&](SiteStore& sites) { sites.add(*site); });
-    } catch (CommandError const& error) {
-        throw CommandError(std::string(error.what()) + "\nThe site runs all the same, with its files in "
-            + folder + ". Its record, for " + SiteStore::storeURL() + ":\n" + prettyJson(toJson(*site)));
-    }
+    auto const site = co_await createStoredSite(context, std::move(name), phpVersion, webServer);
+    printReport(context.console(), { site, SiteStatus::running, {}, {} });
 }
 
 awaitable<void> startSite(Context& context, std::string which)
