@@ -2,7 +2,7 @@
 #include "core/sync/ContentSync.h"
 #include "core/sync/DatabaseSync.h"
 #include "core/sync/FileSync.h"
-#include "tests/lab/Laboratory.h"
+#include "tests/lab/InstalledSite.h"
 #include "tests/support/Gzipped.h"
 #include "tests/support/TestRemote.h"
 #include "tests/support/ZipBuilder.h"
@@ -15,43 +15,13 @@ namespace {
 
 using namespace testing;
 
-/// A real WordPress with a real database on this side, and a remote that a test can look into on the other.
-class SyncedSite : public TestWithParam<WebServer> {
+/// A real WordPress on this side, and a remote that a test can look into on the other.
+class SyncedSite : public InstalledSite {
 protected:
-    Laboratory& lab = Laboratory::shared();
-    Site site = lab.site(GetParam());
-    DockerCLI& docker = DockerCLI::shared();
     TestRemote remote;
-    asio::io_context context;
     SyncProgress progress { context.get_executor() };
     SyncClient client { remote.url(), remote.key() };
 
-    void SetUp() override
-    {
-        auto const installed
-            = wp({ "core", "install", "--url=" + site.localURL(), "--title=Lab", "--admin_user=captain",
-                "--admin_email=captain@site.example", "--admin_password=aye", "--skip-email" });
-        ASSERT_EQ(installed.exitCode, 0) << installed.stderr;
-    }
-
-    ShellResult wp(std::vector<std::string> words)
-    {
-        words.insert(words.begin(), { "wp", site.slug });
-        return lab.twkb(std::move(words));
-    }
-    std::string query(std::string const& sql)
-    {
-        return lab.wait(docker.querySQL(site.siteDirectory(), site.composeProjectName(), sql));
-    }
-    /// The checksum of every table, a line each.
-    std::string checksums()
-    {
-        auto names
-            = query("SELECT GROUP_CONCAT(table_name ORDER BY table_name) FROM information_schema.tables "
-                    "WHERE table_schema = 'wordpress'");
-        names.pop_back();
-        return query("CHECKSUM TABLE " + names);
-    }
     void pushDatabase()
     {
         DatabaseSync sync(client, progress);
@@ -196,8 +166,6 @@ TEST_P(SyncedSite, showsTheContentOfAnImportedPackage)
     EXPECT_EQ(upload.stdout, "from the package");
 }
 
-// A suite with a parameter even for one server: GoogleTest runs those after all others and in the order of
-// the files, and these tests leave an installed WordPress behind.
 INSTANTIATE_TEST_SUITE_P(
     OnNginx, SyncedSite, Values(WebServer::nginx), [](auto const& test) { return rawValue(test.param); });
 
