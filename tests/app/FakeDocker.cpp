@@ -19,7 +19,8 @@ echo "$*" >> "$F/calls"
 if [ "$1" = info ]; then [ ! -e "$F/stopped" ]; exit; fi
 project=$3
 command=$4
-if [ -p "$F/hold-$command" ]; then cat "$F/hold-$command" > /dev/null; fi
+# A pipe that is gone by the time it is opened was released meanwhile.
+if [ -p "$F/hold-$command" ]; then cat "$F/hold-$command" > /dev/null 2>&1; fi
 if [ -e "$F/fail-$command" ]; then cat "$F/fail-$command" >&2; exit 1; fi
 case $command in
     ps) cat "$F/ps-$project" 2> /dev/null ;;
