@@ -1,17 +1,7 @@
-#include "core/protocol/HttpTransport.h"
+#include "tests/core/protocol/HttpTransportTest.h"
 #include "core/base/File.h"
-#include "core/protocol/SyncError.h"
-#include "tests/support/HttpTestServer.h"
-#include "tests/support/RunToEnd.h"
-#include "tests/support/TemporaryHome.h"
-
-#include <boost/asio/io_context.hpp>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
-#include <mutex>
-#include <numeric>
 #include <sys/stat.h>
 #include <thread>
 
@@ -27,105 +17,6 @@ using testing::Not;
 using testing::Pair;
 using testing::StartsWith;
 using namespace std::chrono_literals;
-
-/// A server that keeps what it was asked and answers as told.
-class Recorder {
-public:
-    using Answer = std::function<TestReply(TestRequest const&)>;
-
-    explicit Recorder(Answer answer = {}, std::optional<TestCertificate> certificate = {})
-        : answer_(std::move(answer))
-        , server_(0, certificate, [this](TestRequest& request, std::function<bool()> const& readBody) {
-            if (!readBody())
-                return TestReply {};
-            std::lock_guard const lock(mutex_);
-            requests_.push_back(request);
-            return answer_ ? answer_(request) : TestReply {};
-        })
-    {
-    }
-    std::string url(std::string const& path = "/") const
-    {
-        return "http://127.0.0.1:" + std::to_string(server_.port()) + path;
-    }
-    std::string httpsURL(std::string const& host, std::string const& path = "/") const
-    {
-        return "https://" + host + ":" + std::to_string(server_.port()) + path;
-    }
-    int port() const { return server_.port(); }
-    int connectionCount() const { return server_.connectionCount(); }
-    std::vector<TestRequest> requests() const
-    {
-        std::lock_guard const lock(mutex_);
-        return requests_;
-    }
-    TestRequest last() const { return requests().back(); }
-
-private:
-    Answer answer_;
-    mutable std::mutex mutex_;
-    std::vector<TestRequest> requests_;
-    HttpTestServer server_;
-};
-
-TestReply replyOf(
-    int status, std::string body = {}, std::vector<std::pair<std::string, std::string>> headers = {})
-{
-    TestReply reply;
-    reply.status = status;
-    reply.body = std::move(body);
-    reply.headers = std::move(headers);
-    return reply;
-}
-
-HttpRequest::Bytes bytes(std::string text) { return std::make_shared<std::string const>(std::move(text)); }
-
-HttpRequest get(std::string url)
-{
-    HttpRequest request;
-    request.url = std::move(url);
-    return request;
-}
-
-HttpRequest post(std::string url, std::string body)
-{
-    auto request = get(std::move(url));
-    request.method = "POST";
-    request.contentType = "application/json";
-    request.body = bytes(std::move(body));
-    return request;
-}
-
-std::string patternOf(std::size_t size)
-{
-    std::string text(size, '\0');
-    std::iota(text.begin(), text.end(), '\0');
-    return text;
-}
-
-class HttpTransportTest : public testing::Test {
-protected:
-    HttpResponse send(HttpRequest request, std::stop_token stop = {})
-    {
-        return runToEnd(context, transport.send(std::move(request), stop));
-    }
-    /// The text of the failure, which must be a `connectionFailed`.
-    std::string failureOf(HttpRequest request, std::stop_token stop = {})
-    {
-        try {
-            send(std::move(request), stop);
-        } catch (SyncError const& error) {
-            EXPECT_EQ(error.kind(), SyncError::Case::connectionFailed);
-            return error.what();
-        }
-        return "No failure.";
-    }
-    void use(HttpTransport::Options options) { transport = HttpTransport(std::move(options)); }
-
-    asio::io_context context;
-    HttpTransport transport;
-    TemporaryHome home;
-};
 
 // What is sent
 
@@ -530,74 +421,6 @@ TEST_F(HttpTransportTest, aRedirectToAnotherSchemeFailsTheConnection)
     Recorder const server(
         [](auto const&) { return replyOf(302, "x", { { "Location", "file:///etc/passwd" } }); });
     EXPECT_THAT(failureOf(get(server.url())), StartsWith("Connection failed: "));
-}
-
-// Certificates
-
-TEST(TrustsAnyCertificate, isForLocalhostAndItsSubdomainsOnly)
-{
-    for (auto const* host : { "localhost", "mysite.localhost", "a.b.localhost", ".localhost" })
-        EXPECT_TRUE(trustsAnyCertificate(host)) << host;
-    for (auto const* host : { "", "127.0.0.1", "::1", "[::1]", "localhost.", "notlocalhost", "localhost.test",
-             "LOCALHOST", "localhost.localdomain", "a.localhost.test" })
-        EXPECT_FALSE(trustsAnyCertificate(host)) << host;
-}
-
-TEST_F(HttpTransportTest, aSelfSignedCertificateIsTakenUnderLocalhostAndNowhereElse)
-{
-    Recorder const server({}, TestCertificate::make({ "other.test" }));
-    auto const port = std::to_string(server.port());
-    use({ .timeouts = {},
-        .resolve = { "other.test:" + port + ":127.0.0.1", "mysite.localhost:" + port + ":127.0.0.1" },
-        .authorities = {} });
-    EXPECT_EQ(send(get(server.httpsURL("localhost"))).status, 200);
-    EXPECT_EQ(send(get(server.httpsURL("mysite.localhost"))).status, 200);
-    EXPECT_THAT(failureOf(get(server.httpsURL("other.test"))), HasSubstr("SSL certificate problem"));
-    EXPECT_THAT(failureOf(get(server.httpsURL("127.0.0.1"))), HasSubstr("SSL certificate problem"));
-}
-
-TEST_F(HttpTransportTest, aKnownAuthorityIsTrustedForItsNamesOnly)
-{
-    auto const certificate = TestCertificate::make({ "other.test" });
-    auto const path = home.path() + "/authority.pem";
-    auto file = File::createNew(path);
-    file.write(certificate.certificate);
-    file.close();
-    Recorder const server({}, certificate);
-    auto const port = std::to_string(server.port());
-    use({ .timeouts = {},
-        .resolve = { "other.test:" + port + ":127.0.0.1", "third.test:" + port + ":127.0.0.1" },
-        .authorities = path });
-    EXPECT_EQ(send(get(server.httpsURL("other.test"))).status, 200);
-    EXPECT_THAT(failureOf(get(server.httpsURL("third.test"))), StartsWith("Connection failed: "));
-}
-
-TEST_F(HttpTransportTest, aRemoteHostReachedFromALocalOneIsNotExempted)
-{
-    Recorder const remote({}, TestCertificate::make({ "other.test" }));
-    auto const target = remote.httpsURL("other.test");
-    Recorder const local([&](auto const&) { return replyOf(307, {}, { { "Location", target } }); },
-        TestCertificate::make({ "localhost" }));
-    use({ .timeouts = {},
-        .resolve = { "other.test:" + std::to_string(remote.port()) + ":127.0.0.1" },
-        .authorities = {} });
-    EXPECT_THAT(failureOf(get(local.httpsURL("localhost"))), HasSubstr("SSL certificate problem"));
-    EXPECT_THAT(remote.requests(), IsEmpty());
-}
-
-TEST_F(HttpTransportTest, aLocalHostReachedFromARemoteOneIsExempted)
-{
-    Recorder const local([](auto const&) { return replyOf(200, "here"); }, TestCertificate::make({}));
-    auto const target = local.httpsURL("localhost");
-    Recorder const remote([&](auto const&) { return replyOf(302, {}, { { "Location", target } }); });
-    EXPECT_EQ(send(get(remote.url())).body, "here");
-}
-
-TEST_F(HttpTransportTest, aLocalSiteIsNeverAskedThroughAProxy)
-{
-    ScopedVariable const proxy("http_proxy", "http://127.0.0.1:1");
-    Recorder const server;
-    EXPECT_EQ(send(get("http://localhost:" + std::to_string(server.port()) + "/")).status, 200);
 }
 
 }  // namespace
