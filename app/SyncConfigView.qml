@@ -44,15 +44,13 @@ Panel {
                     onAccepted: connectButton.trigger()
                 }
                 PlainLabel { text: "API Key"; color: Theme.secondary }
-                Field {
+                SecretField {
                     objectName: "config.apiKey"
                     label: "API Key"
                     placeholderText: "Paste your 64-character API key"
-                    text: root.view.apiKey
-                    echoMode: TextInput.Password
-                    inputMethodHints: Qt.ImhSensitiveData | Qt.ImhNoPredictiveText
+                    secret: root.view.apiKey
                     Layout.fillWidth: true
-                    onTextEdited: root.view.apiKey = text
+                    onSecretEdited: secret => root.view.apiKey = secret
                     onAccepted: connectButton.trigger()
                 }
             }

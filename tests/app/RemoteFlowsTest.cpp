@@ -11,6 +11,8 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QQmlProperty>
+#include <QStyleHints>
 #include <QTest>
 
 using testing::ElementsAre;
@@ -198,6 +200,29 @@ TEST_F(RemoteFlows, aFailureOfALinkShowsBelowTheButton)
     EXPECT_FALSE(isShown("sync.push"));
     click("config.download");
     EXPECT_EQ(desktop.openedURLs.size(), 1);
+}
+
+TEST_F(RemoteFlows, aTypedKeyIsToldToNoScreenReader)
+{
+    openWith(addSiteWithDatabase("Bakery"));
+    fill("config.apiKey", remote.key());
+    EXPECT_EQ(detail().config()->apiKey(), toQt(remote.key()));
+
+    auto* const field = find(text("config.apiKey"));
+    // As Qt does when a screen reader comes.
+    QQmlProperty::write(field, text("Accessible.passwordEdit"), true, qmlContext(field));
+    auto* const accessible = QAccessible::queryAccessibleInterface(field);
+    ASSERT_TRUE(accessible);
+    EXPECT_EQ(accessible->text(QAccessible::Name), text("API Key"));
+    EXPECT_EQ(accessible->role(), QAccessible::EditableText);
+    EXPECT_TRUE(accessible->state().passwordEdit);
+    EXPECT_EQ(accessible->text(QAccessible::Value),
+        QString(toQt(remote.key()).size(), QGuiApplication::styleHints()->passwordMaskCharacter()));
+
+    detail().config()->setAPIKey({});
+    EXPECT_EQ(accessible->text(QAccessible::Value), QString()) << "the field follows the panel";
+    fill("config.apiKey", "another");
+    EXPECT_EQ(detail().config()->apiKey(), text("another"));
 }
 
 TEST_F(GuardFlows, keysDoNotPassWithoutTheHost)
