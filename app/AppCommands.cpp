@@ -19,6 +19,7 @@ AppCommands::AppCommands(std::shared_ptr<AppState> app)
     connect(app_.get(), &AppState::selectionChanged, this, &AppCommands::showMenus);
     connect(app_.get(), &AppState::statusChanged, this, &AppCommands::showMenus);
     connect(app_.get(), &AppState::sitesChanged, this, &AppCommands::showMenus);
+    connect(app_.get(), &AppState::becameIdle, this, &AppCommands::stayOpen);
 }
 
 void AppCommands::build()
@@ -38,7 +39,7 @@ void AppCommands::build()
 
     commands_ = {
         { &application_, text("Preferences..."), text("Ctrl+,"), always, [this] { preferencesRequested(); } },
-        { &application_, text("Quit"), text("Ctrl+Q"), always, [this] { quitRequested(); } },
+        { &application_, text("Quit"), text("Ctrl+Q"), always, [this] { quit(); } },
 
         { &site_, text("New Site..."), text("Ctrl+N"), always, [post] { post("showCreateSite"); } },
         { &site_, text("Import Package..."), text("Ctrl+Shift+I"), always,
@@ -104,6 +105,27 @@ void AppCommands::openMainWindow() const
         window->requestActivate();
         return;
     }
+}
+
+void AppCommands::quit()
+{
+    if (!app_->isKeptAlive()) {
+        quitNow();
+        return;
+    }
+    askToQuit(true);
+    openMainWindow();
+}
+
+void AppCommands::quitNow() { Q_EMIT quitRequested(); }
+void AppCommands::stayOpen() { askToQuit(false); }
+
+void AppCommands::askToQuit(bool asks)
+{
+    if (asksToQuit_ == asks)
+        return;
+    asksToQuit_ = asks;
+    Q_EMIT asksToQuitChanged();
 }
 
 QString AppCommands::selected() const

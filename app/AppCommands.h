@@ -41,20 +41,28 @@ class AppCommands : public QObject {
     Q_PROPERTY(harbor::RowModel* application READ application CONSTANT)
     Q_PROPERTY(harbor::RowModel* site READ site CONSTANT)
     Q_PROPERTY(harbor::RowModel* help READ help CONSTANT)
+    Q_PROPERTY(bool asksToQuit READ asksToQuit NOTIFY asksToQuitChanged)
 public:
     explicit AppCommands(std::shared_ptr<AppState> app);
 
     Q_INVOKABLE void trigger(QString const& key);
     /// Brings the program forward: its first window whose title names it or that has the keys.
     Q_INVOKABLE void openMainWindow() const;
+    /// Ends the program. While a push, a pull, an import or the like is at work, the main window asks first.
+    Q_INVOKABLE void quit();
+    /// The answers to that question, which goes by itself when the work ends.
+    Q_INVOKABLE void quitNow();
+    Q_INVOKABLE void stayOpen();
 
     RowModel* application() { return &application_; }
     RowModel* site() { return &site_; }
     RowModel* help() { return &help_; }
+    bool asksToQuit() const { return asksToQuit_; }
 
 Q_SIGNALS:
     void preferencesRequested();
     void quitRequested();
+    void asksToQuitChanged();
 
 private:
     struct Command {
@@ -67,12 +75,14 @@ private:
     void build();
     void showMenus();
     QString selected() const;
+    void askToQuit(bool asks);
 
     std::shared_ptr<AppState> app_;
     std::vector<Command> commands_;
     RowModel application_;
     RowModel site_;
     RowModel help_;
+    bool asksToQuit_ = false;
 };
 
 }  // namespace harbor

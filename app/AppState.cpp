@@ -104,6 +104,7 @@ awaitable<void> AppState::stopSite(Site site)
 
 awaitable<void> AppState::deleteSite(Site site, bool deleteFiles)
 {
+    auto const alive = keepAlive();
     co_await lifecycle_.remove(site, deleteFiles);
 
     changeSites([&](SiteStore& sites) { sites.remove(site.id); });

@@ -123,6 +123,17 @@ AppWindow {
         transientParent: root
     }
 
+    ConfirmDialog {
+        objectName: "quit"
+        shown: root.commands.asksToQuit
+        heading: "Quit Tallowick Harbor?"
+        message: "Work on a site is still going on, and quitting stops it halfway. "
+            + "If you close the window instead, it goes on to its end."
+        answers: [{ title: "Quit Now", destructive: true }]
+        onAnswered: root.commands.quitNow()
+        onDismissed: root.commands.stayOpen()
+    }
+
     MenuBarView {
         objectName: "menuBar"
         app: root.view.app

@@ -75,7 +75,10 @@ AppWindow {
             title: "Quit"
             symbol: "power"
             Layout.fillWidth: true
-            onActivated: root.commands.quitRequested()
+            onActivated: {
+                root.hide()
+                root.commands.quit()
+            }
         }
     }
 }

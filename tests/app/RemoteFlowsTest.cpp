@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QQmlProperty>
+#include <QSignalSpy>
 #include <QStyleHints>
 #include <QTest>
 
@@ -325,6 +326,42 @@ TEST_F(RemoteFlows, aWindowClosedDuringARunLetsItEnd)
     window()->close();
     docker.release("exec");
     EXPECT_TRUE(waitUntil([&] { return summaries(site).size() == 2; }));
+}
+
+TEST_F(RemoteFlows, quittingDuringARunAsksFirst)
+{
+    auto const site = addLinkedSite("Bakery", remote);
+    openWith(site);
+    auto& commands = mainWindow().commands();
+    commands.disconnect(qApp);  // The test program itself goes on.
+    QSignalSpy const quits(&commands, &AppCommands::quitRequested);
+    docker.hold("exec");
+    click("sync.pull");
+    ASSERT_TRUE(waitFor("progress.bar"));
+
+    press(Qt::Key_Q, Qt::ControlModifier);
+    ASSERT_TRUE(waitUntil([this] { return focusedName() == text("quit.cancel"); }));
+    EXPECT_EQ(textOf("quit.title"), text("Quit Tallowick Harbor?"));
+    EXPECT_EQ(textOf("quit.message"),
+        text("Work on a site is still going on, and quitting stops it halfway. If you close the window "
+             "instead, it goes on to its end."));
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitForGone("quit.cancel")) << "return on Cancel cancels";
+    EXPECT_EQ(quits.count(), 0);
+
+    window()->hide();
+    click("menuBar.quit", mainWindow().trayPanel());
+    ASSERT_TRUE(waitFor("quit.answer0")) << "the tray brings the window up again";
+    EXPECT_EQ(quits.count(), 0);
+    click("quit.answer0");
+    EXPECT_EQ(quits.count(), 1);
+
+    docker.release("exec");
+    EXPECT_TRUE(waitForGone("quit.cancel")) << "nothing is left to ask about";
+    EXPECT_TRUE(waitForRows(2));
+    EXPECT_EQ(quits.count(), 1);
+    press(Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(quits.count(), 2);
 }
 
 TEST_F(RemoteFlows, anItemIsPushedAndPulledByClicks)

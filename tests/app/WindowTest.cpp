@@ -78,9 +78,9 @@ void scrollIntoView(QQuickItem* item)
 
 }  // namespace
 
-void WindowDriver::click(char const* name)
+void WindowDriver::click(char const* name, QQuickWindow* in)
 {
-    auto* const item = find(QString::fromUtf8(name));
+    auto* const item = find(QString::fromUtf8(name), in);
     ASSERT_TRUE(item) << name;
     // Drawing lays out what has just come up, before and after it is moved.
     item->window()->grabWindow();

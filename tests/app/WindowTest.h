@@ -29,7 +29,7 @@ public:
     bool isShown(char const* name) const { return find(QString::fromUtf8(name)) != nullptr; }
     QString textOf(char const* name) const;
     /// Scrolls the item into view and presses it.
-    void click(char const* name);
+    void click(char const* name, QQuickWindow* in = nullptr);
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
     void type(char const* text);
     QString focusedName() const;
@@ -57,7 +57,7 @@ protected:
     }
     bool isShown(char const* name) const { return driver_->isShown(name); }
     QString textOf(char const* name) const { return driver_->textOf(name); }
-    void click(char const* name) { driver_->click(name); }
+    void click(char const* name, QQuickWindow* in = nullptr) { driver_->click(name, in); }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { driver_->press(key, modifiers); }
     void type(char const* text) { driver_->type(text); }
     QString focusedName() const { return driver_->focusedName(); }
