@@ -23,7 +23,22 @@ QtContext& QtContext::shared()
 
 void QtContext::post(std::function<void()> work)
 {
-    QMetaObject::invokeMethod(&receiver(), std::move(work), Qt::QueuedConnection);
+    {
+        std::lock_guard const lock(mutex_);
+        works_.push_back(std::move(work));
+    }
+    // The event does not hold the work itself: work that goes without having run may post its own end, and Qt
+    // lets go of the last events while it holds the lock that posting needs.
+    QMetaObject::invokeMethod(&receiver(), [this] { runNext(); }, Qt::QueuedConnection);
+}
+
+void QtContext::runNext()
+{
+    std::unique_lock lock(mutex_);
+    auto const work = std::move(works_.front());
+    works_.pop_front();
+    lock.unlock();
+    work();
 }
 
 MainThread qtMainThread() { return QtContext::Executor(QtContext::shared()); }

@@ -2,8 +2,10 @@
 
 #include "core/base/Async.h"
 
+#include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace harbor {
 
@@ -41,6 +43,10 @@ public:
 private:
     QtContext() = default;
     void post(std::function<void()> work);
+    void runNext();
+
+    std::mutex mutex_;
+    std::deque<std::function<void()>> works_;
 };
 
 /// The main thread of the application.

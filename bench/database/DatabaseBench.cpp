@@ -57,7 +57,7 @@ TestReply takeAll(TestRequest&, std::function<bool()> const& readBody)
 {
     readBody();
     TestReply reply;
-    reply.body = R"({"success":true,"backup_id":"b"})";
+    reply.body = R"({"status":"imported","backup_id":"b"})";
     return reply;
 }
 

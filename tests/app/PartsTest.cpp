@@ -1,4 +1,5 @@
 #include "app/LineModel.h"
+#include "app/QtMainThread.h"
 #include "app/RowModel.h"
 #include "app/SingleInstance.h"
 #include "app/SymbolImages.h"
@@ -6,8 +7,11 @@
 #include "app/WindowPlace.h"
 #include "tests/app/AppTest.h"
 
+#include <QApplication>
 #include <QIcon>
 #include <QSignalSpy>
+
+#include <cstdlib>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -35,6 +39,18 @@ QStringList textsOf(RowModel const& model)
 QString text(char const* words) { return QString::fromUtf8(words); }
 
 }  // namespace
+
+// A status poll may be on its way when the window closes: its end is then posted while Qt clears up.
+TEST(QtMainThreadDeathTest, aProgramEndsWithWorkThatNeverRan)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto const endWithWorkWaiting = [] {
+        start([]() -> awaitable<void> { co_return; }());
+        qApp->~QApplication();
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(endWithWorkWaiting(), testing::ExitedWithCode(0), "");
+}
 
 struct AssignCase {
     std::string behaviour;
