@@ -19,6 +19,7 @@ using SteadyTime = std::chrono::steady_clock::time_point;
 
 constexpr auto mostRedirects = 16;
 constexpr std::size_t mostOfAnErrorBody = 1'048'576;  // in bytes
+constexpr curl_off_t mostAnnounced = 67'108'864;      // in bytes; room that a server gets on its word alone
 constexpr long bufferSize = 262'144;                  // in bytes, each way
 /// A connection that was idle for longer, in seconds, is not used again: the server may be closing it just
 /// now, and a request that is lost that way must not be sent twice. Common servers wait five seconds or more.
@@ -74,6 +75,7 @@ private:
     std::optional<CURLcode> outcome();
     bool hasBeenIdleTooLong();
     bool isSuccess() const;
+    void makeRoom();
 
     template <class Action>
     std::size_t guarded(Action action, std::size_t failed);
@@ -126,7 +128,8 @@ HttpResponse Exchange::run()
     auto const result = drive();
     if (failure_)
         std::rethrow_exception(failure_);
-    if (lostConnection_)
+    // With a body on its way libcurl would first want it back, and nothing here gives it back.
+    if (lostConnection_ || result == CURLE_SEND_FAIL_REWIND)
         throw SyncError::connectionFailed(curl_easy_strerror(CURLE_GOT_NOTHING));
     if (result != CURLE_OK && !bodyCut_)
         throw SyncError::connectionFailed(*errorText_ ? errorText_ : curl_easy_strerror(result));
@@ -270,6 +273,16 @@ bool Exchange::isSuccess() const
     return status >= 200 && status <= 299;
 }
 
+/// A body that announces its length is taken without growing, and so is what a parser wants behind it.
+void Exchange::makeRoom()
+{
+    curl_off_t announced = 0;
+    curl_easy_getinfo(session_.easy(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
+    constexpr curl_off_t padding = 128;
+    response_.body.reserve(
+        static_cast<std::size_t>(std::clamp<curl_off_t>(announced, 0, mostAnnounced) + padding));
+}
+
 /// No exception may pass through libcurl.
 template <class Action>
 std::size_t Exchange::guarded(Action action, std::size_t failed)
@@ -317,10 +330,13 @@ std::size_t Exchange::onWrite(char* bytes, std::size_t size, std::size_t count, 
                 exchange.bodyCut_ = body.size() == mostOfAnErrorBody;
                 return exchange.bodyCut_ ? 0 : part.size();
             }
-            if (exchange.download_.isOpen())
+            if (exchange.download_.isOpen()) {
                 exchange.download_.write(part);
-            else
-                body.append(part);
+                return part.size();
+            }
+            if (body.empty())
+                exchange.makeRoom();
+            body.append(part);
             return part.size();
         },
         0);
