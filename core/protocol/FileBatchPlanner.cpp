@@ -46,17 +46,16 @@ std::int64_t uploadCap(VerifyResponse const& server)
     return static_cast<std::int64_t>(static_cast<double>(*server.max_upload) * 0.9);
 }
 
-void pack(std::vector<ManifestFile> const& files, bool deflate, std::int64_t budget,
-    std::vector<FileBatch>& batches)
+void pack(std::vector<ManifestFile> files, bool deflate, std::int64_t budget, std::vector<FileBatch>& batches)
 {
     FileBatch current { .files = {}, .deflate = deflate };
-    for (auto const& file : files) {
+    for (auto& file : files) {
         if (!current.files.empty() && saturatingSum(current.totalBytes, file.size) > budget) {
             batches.push_back(std::move(current));
             current = { .files = {}, .deflate = deflate };
         }
-        current.files.push_back(file);
         current.totalBytes = saturatingSum(current.totalBytes, file.size);
+        current.files.push_back(std::move(file));
     }
     if (!current.files.empty())
         batches.push_back(std::move(current));
@@ -92,8 +91,8 @@ BatchPlan FileBatchPlanner::plan(std::vector<ManifestFile> const& files, BatchLi
         else
             deflated.push_back(file);
     }
-    pack(stored, false, limits.batchBudget, result.batches);
-    pack(deflated, true, limits.batchBudget, result.batches);
+    pack(std::move(stored), false, limits.batchBudget, result.batches);
+    pack(std::move(deflated), true, limits.batchBudget, result.batches);
     return result;
 }
 

@@ -55,6 +55,18 @@ awaitable<void> ignored(awaitable<std::string> reply) { co_await std::move(reply
 
 std::string flagText(bool flag) { return flag ? "true" : "false"; }
 
+/// Written entry by entry: as one tree of values the list of a whole site would take many times its text.
+std::string finalizeText(std::vector<std::pair<std::string, std::string>> const& files)
+{
+    std::string text = R"({"files":[)";
+    for (auto const& [path, hash] : files) {
+        if (!text.ends_with('['))
+            text += ',';
+        text += compactJson({ { "path", path }, { "expected_hash", hash } });
+    }
+    return text + "]}";
+}
+
 void replaceAll(std::string& text, std::string const& from, std::string const& to)
 {
     if (from.empty())
@@ -324,11 +336,8 @@ awaitable<void> SyncClient::deleteRemoteFile(std::string path)
 
 awaitable<FinalizeResponse> SyncClient::finalizeFiles(std::vector<std::pair<std::string, std::string>> files)
 {
-    auto list = Json::array();
-    for (auto& [path, hash] : files)
-        list.push_back({ { "path", std::move(path) }, { "expected_hash", std::move(hash) } });
-    Json body { { "files", std::move(list) } };
-    return runOn(executor_, decoded<FinalizeResponse>(postJson("/files/finalize", std::move(body))));
+    auto reply = sendSignedRequest("POST", "/files/finalize", {}, finalizeText(files), "application/json");
+    return runOn(executor_, decoded<FinalizeResponse>(std::move(reply)));
 }
 
 awaitable<ArchiveApplyResponse> SyncClient::applyArchive(std::string file, bool gzipped)
