@@ -61,12 +61,11 @@ awaitable<FileTransfer> FileSync::planPull(
 {
     co_await enter(progress_, Phase::buildingManifest);
     auto const server = co_await askServer();
-    auto const remote = co_await fetchRemoteManifest(scopes);
+    auto [remote, local] = co_await readManifests(std::move(root), std::move(scopes));
     co_await log(progress_, fmt::format("Remote: {} files", remote.size()));
-    auto const local = co_await readLocalManifest(root, scopes);
     co_await log(progress_, fmt::format("Local: {} files", local.size()));
 
-    auto transfer = compareManifests(remote, local, deleteExtras);
+    auto transfer = compareManifests(std::move(remote), local, deleteExtras);
     chooseMode(transfer, server);
     co_await log(progress_, fmt::format("To download: {} files", transfer.files.size()));
     if (!transfer.deletions.empty())

@@ -81,10 +81,9 @@ awaitable<FileTransfer> FileSync::planPush(
 {
     co_await enter(progress_, Phase::buildingManifest);
     auto const server = co_await askServer();
-    auto const remote = co_await fetchRemoteManifest(scopes);
-    auto const local = co_await readLocalManifest(root, scopes);
+    auto [remote, local] = co_await readManifests(std::move(root), std::move(scopes));
 
-    auto transfer = compareManifests(local, remote, deleteExtras);
+    auto transfer = compareManifests(std::move(local), remote, deleteExtras);
     chooseMode(transfer, server);
     co_await log(progress_, fmt::format("To upload: {} files", transfer.files.size()));
     if (!transfer.deletions.empty())

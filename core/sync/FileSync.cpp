@@ -12,6 +12,31 @@
 
 namespace harbor {
 
+namespace {
+
+/// Asks the others to stop when the operation fails.
+awaitable<std::vector<ManifestFile>> stoppingOnFailure(
+    awaitable<std::vector<ManifestFile>> operation, std::stop_source others)
+{
+    try {
+        co_return co_await std::move(operation);
+    } catch (...) {
+        others.request_stop();
+        throw;
+    }
+}
+
+awaitable<std::vector<ManifestFile>> readLocalManifest(
+    std::string root, std::vector<std::string> scopes, std::stop_token stop)
+{
+    auto const build = [&] { return LocalManifest::build(root, scopes, stop); };
+    auto files = co_await callOn(WorkerPool::executor(), build);
+    throwIfStopped(stop);
+    co_return files;
+}
+
+}  // namespace
+
 FileSync::FileSync(SyncClient& syncClient, SyncProgress& progress, std::stop_token stop)
     : syncClient_(syncClient)
     , progress_(progress)
@@ -58,6 +83,17 @@ awaitable<std::optional<VerifyResponse>> FileSync::askServer()
     }
 }
 
+/// The remote takes its time to hash what it has, and so do we: the local side is read meanwhile. It is given
+/// up when the remote one fails or the user stops the run.
+awaitable<FileSync::Manifests> FileSync::readManifests(std::string root, std::vector<std::string> scopes)
+{
+    std::stop_source stopLocal;
+    std::stop_callback const stopBoth(stop_, [&stopLocal] { stopLocal.request_stop(); });
+    auto [remote, local] = co_await both(stoppingOnFailure(fetchRemoteManifest(scopes), stopLocal),
+        readLocalManifest(std::move(root), scopes, stopLocal.get_token()));
+    co_return Manifests { std::move(remote), std::move(local) };
+}
+
 awaitable<std::vector<ManifestFile>> FileSync::fetchRemoteManifest(std::vector<std::string> scopes)
 {
     std::vector<ManifestFile> files;
@@ -67,15 +103,6 @@ awaitable<std::vector<ManifestFile>> FileSync::fetchRemoteManifest(std::vector<s
         auto response = co_await syncClient_.fetchManifest(scope);
         std::ranges::move(response.files, std::back_inserter(files));
     }
-    co_return files;
-}
-
-awaitable<std::vector<ManifestFile>> FileSync::readLocalManifest(
-    std::string root, std::vector<std::string> scopes)
-{
-    auto const build = [&] { return LocalManifest::build(root, scopes, stop_); };
-    auto files = co_await callOn(WorkerPool::executor(), build);
-    throwIfStopped(stop_);
     co_return files;
 }
 

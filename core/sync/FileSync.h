@@ -47,10 +47,15 @@ public:
     static std::string hashFile(std::string const& path);
 
 private:
+    struct Manifests {
+        std::vector<ManifestFile> remote;
+        std::vector<ManifestFile> local;
+    };
+
     // Both ways.
     awaitable<std::optional<VerifyResponse>> askServer();
+    awaitable<Manifests> readManifests(std::string root, std::vector<std::string> scopes);
     awaitable<std::vector<ManifestFile>> fetchRemoteManifest(std::vector<std::string> scopes);
-    awaitable<std::vector<ManifestFile>> readLocalManifest(std::string root, std::vector<std::string> scopes);
     void chooseMode(FileTransfer& transfer, std::optional<VerifyResponse> const& server) const;
     awaitable<void> begin(FileTransfer const& transfer);
     awaitable<void> announce(std::string currentFile, std::string line);

@@ -12,18 +12,9 @@
 namespace harbor {
 
 FileTransfer compareManifests(
-    std::vector<ManifestFile> const& source, std::vector<ManifestFile> const& target, bool deleteExtras)
+    std::vector<ManifestFile> source, std::vector<ManifestFile> const& target, bool deleteExtras)
 {
     FileTransfer transfer;
-
-    std::unordered_map<std::string_view, std::string_view> targetHashes;
-    for (auto const& file : target)
-        targetHashes[file.path] = file.hash;
-    for (auto const& file : source) {
-        auto const found = targetHashes.find(file.path);
-        if (found == targetHashes.end() || found->second != file.hash)
-            transfer.files.push_back(file);
-    }
 
     if (deleteExtras) {
         std::unordered_set<std::string_view> sourcePaths;
@@ -33,6 +24,17 @@ FileTransfer compareManifests(
             if (!sourcePaths.contains(file.path))
                 transfer.deletions.push_back(file.path);
     }
+
+    std::unordered_map<std::string_view, std::string_view> targetHashes;
+    targetHashes.reserve(target.size());
+    for (auto const& file : target)
+        targetHashes[file.path] = file.hash;
+    auto const isSame = [&](ManifestFile const& file) {
+        auto const found = targetHashes.find(file.path);
+        return found != targetHashes.end() && found->second == file.hash;
+    };
+    std::erase_if(source, isSame);
+    transfer.files = std::move(source);
     return transfer;
 }
 

@@ -22,7 +22,7 @@ struct FileTransfer {
 ///
 /// @param deleteExtras  whether the result names what only the target has
 FileTransfer compareManifests(
-    std::vector<ManifestFile> const& source, std::vector<ManifestFile> const& target, bool deleteExtras);
+    std::vector<ManifestFile> source, std::vector<ManifestFile> const& target, bool deleteExtras);
 
 /// The sum of all sizes, in bytes, kept within the range of the type.
 std::int64_t totalSize(std::vector<ManifestFile> const& files);

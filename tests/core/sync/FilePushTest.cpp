@@ -4,7 +4,10 @@
 #include "core/base/Sha256.h"
 #include "tests/support/TestBundle.h"
 
+#include <poll.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace harbor {
 namespace {
@@ -272,6 +275,24 @@ TEST_F(FilePushTest, aFailedDeletionEndsTheRun)
 
     expectFailure([&] { push({ "themes" }, true); }, "Server error (500): No permission");
     EXPECT_TRUE(remote->hasFile("themes/a.css"));
+}
+
+TEST_F(FilePushTest, theLocalSideIsReadWhileTheRemoteAnswers)
+{
+    haveLocal("themes/a.css", "a");
+    auto const opened = ::inotify_init1(IN_CLOEXEC);
+    ::inotify_add_watch(opened, (root + "/themes/a.css").c_str(), IN_OPEN);
+    remote->failOn("/manifest", Fault { .instead = {}, .beforeBody = false, .change = [&](TestReply&) {
+                                           constexpr auto longEnough
+                                               = 30'000;  // In milliseconds; only a failure takes them.
+                                           pollfd wait { opened, POLLIN, 0 };
+                                           EXPECT_EQ(::poll(&wait, 1, longEnough), 1);
+                                       } });
+
+    push({ "themes" });
+    ::close(opened);
+
+    EXPECT_EQ(remote->readFile("themes/a.css"), "a");
 }
 
 TEST_F(FilePushTest, aFailedManifestEndsTheRunBeforeAnythingMoved)
