@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/Context.h"
+#include "core/base/Integer.h"
 
 #include <CLI/CLI.hpp>
 
@@ -78,6 +79,21 @@ CLI::Option* addChoice(CLI::App& command, std::string const& name, Enumeration& 
         target = *value;
     };
     return command.add_option_function<std::string>(name, read, description)->type_name(choices);
+}
+
+/// The option takes an integer in decimal digits: the parser of the command line would read 010 as eight and
+/// cut off what is too large.
+template <class Target>
+CLI::Option* addInteger(
+    CLI::App& command, std::string const& name, Target& target, std::string const& description)
+{
+    auto const read = [&target, name](std::string const& text) {
+        auto const number = text.starts_with('+') ? std::nullopt : parseInteger(text);
+        if (!number)
+            throw CLI::ValidationError(name, "\"" + text + "\" is no whole number");
+        target = *number;
+    };
+    return command.add_option_function<std::string>(name, read, description)->type_name("N");
 }
 
 /// The site that nearly every command begins with.

@@ -158,8 +158,7 @@ void Console::question(std::string_view text)
 {
     clearLiveLine();
     flushOutput();
-    write(stderr, text);
-    write(stderr, " ");
+    write(stderr, withoutControlSequences(text) + " ");
 }
 
 std::string Console::styled(std::string_view text, Style style) const

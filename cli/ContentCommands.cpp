@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/RemoteOptions.h"
 
+#include "core/base/TerminalText.h"
 #include "core/base/Timestamp.h"
 #include "core/sync/ContentRun.h"
 
@@ -21,7 +22,9 @@ struct ContentOptions {
 
 ContentRun contentRun(Context& context, ContentOptions const& options)
 {
-    return { .site = linkedSite(context, options.site), .readKey = options.key.reader(), .transport = {} };
+    return { .site = linkedSite(context, options.site),
+        .readKey = options.key.reader(context.stopToken()),
+        .transport = {} };
 }
 
 std::string changeText(std::optional<ContentItemSummary> const& item)
@@ -101,7 +104,7 @@ void tellOutcome(Console& console, ContentRow const& row, ContentOutcome const& 
     if (console.json)
         console.printJson({ { "id", row.id }, { "success", true }, { "message", outcome.message } });
     else
-        console.print(outcome.message);
+        console.print(withoutControlSequences(outcome.message));
 }
 
 awaitable<void> pushItem(Context& context, ContentOptions options)
@@ -157,12 +160,12 @@ void addContentCommands(CLI::App& program, Context& context)
 
     auto& push
         = addContentCommand(group, context, options, "push", "Overwrite an item on the remote", pushItem);
-    push.add_option("ID", options->id, "ID of the item")->required();
+    addInteger(push, "ID", options->id, "ID of the item")->required();
     options->consent.addTo(push);
 
     auto& pull
         = addContentCommand(group, context, options, "pull", "Overwrite an item on the local site", pullItem);
-    pull.add_option("ID", options->id, "ID of the item")->required();
+    addInteger(pull, "ID", options->id, "ID of the item")->required();
 }
 
 }  // namespace harbor::cli

@@ -51,7 +51,7 @@ void printReport(Console& console, std::vector<DriftItem> const& items)
 awaitable<void> reportDrift(Context& context, DriftOptions options)
 {
     auto const site = linkedSite(context, options.site);
-    auto const items = co_await checkDrift(site, options.key.reader());
+    auto const items = co_await checkDrift(site, options.key.reader(context.stopToken()));
     if (!context.console().json) {
         printReport(context.console(), items);
         co_return;

@@ -141,9 +141,10 @@ void addImportCommand(CLI::App& program, Context& context)
         ->needs(&newName);
     addChoice(command, "--server", options->webServer, allWebServers, "Web server of a new site")
         ->needs(&newName);
-    command.add_flag("--no-database", options->skipDatabase, "Leave the database alone");
+    auto& noDatabase = *command.add_flag("--no-database", options->skipDatabase, "Leave the database alone");
     command.add_flag("--no-files", options->skipFiles, "Leave the files alone");
-    command.add_flag("--retry-database", options->retryDatabase, "Only load the database again");
+    command.add_flag("--retry-database", options->retryDatabase, "Only load the database again")
+        ->excludes(&noDatabase);
     onRun(command, context, [&context, options] { return import(context, *options); });
 }
 

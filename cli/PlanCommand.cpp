@@ -1,11 +1,8 @@
 #include "cli/Commands.h"
-#include "cli/StandardInput.h"
+#include "cli/Input.h"
 
-#include "core/base/File.h"
 #include "core/base/WorkerPool.h"
 #include "core/protocol/FileBatchPlanner.h"
-
-#include <charconv>
 
 namespace harbor::cli {
 
@@ -20,7 +17,7 @@ struct PlanOptions {
 std::vector<ManifestFile> readFiles(std::string const& file, std::stop_token const& stop)
 {
     auto const isStandardInput = file.empty() || file == "-";
-    return decodeManifestFiles(isStandardInput ? readStandardInput(stop) : readWholeFile(file));
+    return decodeManifestFiles(isStandardInput ? readStandardInput(stop) : readInput(file, stop));
 }
 
 Json pathsOf(std::vector<ManifestFile> const& files)
@@ -51,28 +48,14 @@ awaitable<void> printPlan(Context& context, PlanOptions options)
             { "batches", std::move(batches) }, { "chunk_fallback", pathsOf(plan.chunkFallback) } });
 }
 
-/// Decimal digits only: the parser of the command line would read 010 as eight and cut off what is too large.
-void addByteCount(CLI::App& command, std::string const& name, std::optional<std::int64_t>& target,
-    std::string const& description)
-{
-    auto const read = [&target, name](std::string const& text) {
-        std::int64_t number = 0;
-        auto const [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
-        if (problem != std::errc() || end != text.data() + text.size())
-            throw CLI::ValidationError(name, "\"" + text + "\" is no number of bytes");
-        target = number;
-    };
-    command.add_option_function<std::string>(name, read, description)->type_name("N");
-}
-
 }  // namespace
 
 void addPlanCommand(CLI::App& program, Context& context)
 {
     auto& command = *program.add_subcommand("plan", "Divide a list of files into batches");
     auto const options = std::make_shared<PlanOptions>();
-    addByteCount(command, "--max-upload", options->maxUpload, "The server's limit on one upload, in bytes");
-    addByteCount(
+    addInteger(command, "--max-upload", options->maxUpload, "The server's limit on one upload, in bytes");
+    addInteger(
         command, "--max-batch-bytes", options->maxBatchBytes, "The server's wish for one bundle, in bytes");
     command.add_option("FILE", options->file, "A list as \"manifest\" prints it; standard input without it");
     onRun(command, context, [&context, options] { return printPlan(context, *options); });

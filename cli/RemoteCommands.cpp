@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/KeyFile.h"
 #include "cli/Prompt.h"
+#include "cli/RemoteOptions.h"
 #include "core/base/WorkerPool.h"
 #include "core/protocol/SyncClient.h"
 #include "core/site/KeychainHelper.h"
@@ -13,7 +14,7 @@ namespace {
 struct LinkOptions {
     std::string site;
     std::string url;
-    std::string keyFile;
+    KeyOption key;
     bool withoutStore = false;
 };
 
@@ -56,10 +57,12 @@ std::string confirmationText(RemoteEnvironment environment)
                                      : "Pushes use the standard confirmation dialog.";
 }
 
-awaitable<std::string> keyFor(Context& context, std::string keyFile)
+awaitable<std::string> keyFor(Context& context, KeyOption option)
 {
-    if (!keyFile.empty())
-        co_return readKeyFile(keyFile);
+    if (!option.file.empty()) {
+        auto const read = [&] { return readKeyFile(option.file, context.stopToken()); };
+        co_return co_await callOn(WorkerPool::executor(), read);
+    }
     if (!context.console().canAsk())
         throw usageError("The API key is read from --key-file FILE when there is nobody to ask.");
     auto const key = co_await askSecret(context, "API key: ");
@@ -88,10 +91,10 @@ awaitable<void> link(Context& context, LinkOptions options)
     if (site.remoteSyncConfig)
         throw CommandError("\"" + site.name + "\" is linked to " + site.remoteSyncConfig->remoteURL
             + " already. Cut that link first: twkb remote unlink " + site.slug);
-    if (options.withoutStore && options.keyFile.empty())
+    if (options.withoutStore && options.key.file.empty())
         throw usageError("--no-store needs --key-file FILE.");
 
-    auto const key = co_await keyFor(context, options.keyFile);
+    auto const key = co_await keyFor(context, options.key);
     SyncClient client(options.url, key);
     auto const server = co_await client.verify();
     if (!options.withoutStore)
@@ -105,11 +108,11 @@ awaitable<void> link(Context& context, LinkOptions options)
     printServer(context.console(), server);
 }
 
-awaitable<void> test(Context& context, std::string which, std::string keyFile)
+awaitable<void> test(Context& context, std::string which, KeyOption option)
 {
     auto const site = context.findSite(which);
     auto const config = linkOf(site);
-    auto const key = keyFile.empty() ? co_await readKeyOf(site, keyFromSecretStore()) : readKeyFile(keyFile);
+    auto const key = co_await readKeyOf(site, option.reader(context.stopToken()));
     SyncClient client(config.remoteURL, key);
     auto const server = co_await client.verify();
     printServer(context.console(), server);
@@ -145,18 +148,13 @@ awaitable<void> setEnvironment(Context& context, std::string which, RemoteEnviro
     co_return;
 }
 
-void addKeyFileOption(CLI::App& command, std::string& target)
-{
-    command.add_option("--key-file", target, "Read the API key from a file")->type_name("FILE");
-}
-
 void addLinkCommand(CLI::App& group, Context& context)
 {
     auto& command = *group.add_subcommand("link", "Check a remote and link a site to it, as production");
     auto const options = std::make_shared<LinkOptions>();
     addSiteArgument(command, options->site);
     command.add_option("URL", options->url, "Address of the remote WordPress site")->required();
-    addKeyFileOption(command, options->keyFile);
+    options->key.addTo(command);
     command.add_flag("--no-store", options->withoutStore, "Leave the key out of the secret store");
     onRun(command, context, [&context, options] { return link(context, *options); });
 }
@@ -165,10 +163,10 @@ void addTestCommand(CLI::App& group, Context& context)
 {
     auto& command = *group.add_subcommand("test", "Ask a site's remote whether the link works");
     auto const which = std::make_shared<std::string>();
-    auto const keyFile = std::make_shared<std::string>();
+    auto const key = std::make_shared<KeyOption>();
     addSiteArgument(command, *which);
-    addKeyFileOption(command, *keyFile);
-    onRun(command, context, [&context, which, keyFile] { return test(context, *which, *keyFile); });
+    key->addTo(command);
+    onRun(command, context, [&context, which, key] { return test(context, *which, *key); });
 }
 
 void addUnlinkCommand(CLI::App& group, Context& context)

@@ -53,11 +53,11 @@ void KeyOption::addTo(CLI::App& command)
     command.add_option("--key-file", file, "Read the API key from a file")->type_name("FILE");
 }
 
-KeyReader KeyOption::reader() const
+KeyReader KeyOption::reader(std::stop_token stop) const
 {
     if (file.empty())
         return keyFromSecretStore();
-    return [path = file](RemoteSyncConfig const&) { return readKeyFile(path); };
+    return [path = file, stop = std::move(stop)](RemoteSyncConfig const&) { return readKeyFile(path, stop); };
 }
 
 void PushConsent::addTo(CLI::App& command)

@@ -18,7 +18,8 @@ struct KeyOption {
     std::string file;
 
     void addTo(CLI::App& command);
-    KeyReader reader() const;
+    /// @param stop  ends the wait for a key that comes through a pipe
+    KeyReader reader(std::stop_token stop) const;
 };
 
 /// The user's word that something on the remote may be overwritten.

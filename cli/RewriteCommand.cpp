@@ -1,7 +1,6 @@
 #include "cli/Commands.h"
-#include "cli/StandardInput.h"
+#include "cli/Input.h"
 
-#include "core/base/File.h"
 #include "core/base/WorkerPool.h"
 #include "core/protocol/SyncError.h"
 #include "core/rewrite/RewriteFile.h"
@@ -36,7 +35,7 @@ GuardedRewrite rewriteText(RewriteOptions const& options, std::string const& tex
 
 std::string readDump(std::string const& file, std::stop_token const& stop)
 {
-    return file.empty() ? readStandardInput(stop) : readWholeFile(file);
+    return file.empty() ? readStandardInput(stop) : readInput(file, stop);
 }
 
 awaitable<void> rewrite(Context& context, RewriteOptions options)
@@ -47,8 +46,8 @@ awaitable<void> rewrite(Context& context, RewriteOptions options)
         throw SyncError::connectionFailed(endlessPairText(options.from, options.to));
 
     auto usedStrictCharacters = false;
-    auto const fromFileToFile
-        = !options.input.empty() && !options.output.empty() && canBeReplaced(options.output);
+    auto const fromFileToFile = !options.input.empty() && !isStream(options.input) && !options.output.empty()
+        && canBeReplaced(options.output);
     if (fromFileToFile && !options.value) {
         auto const guard = options.literal || options.exact ? Guard::off : Guard::on;
         usedStrictCharacters = rewriteFile(options.input, options.output, pairs, guard);

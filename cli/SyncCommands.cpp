@@ -76,7 +76,7 @@ awaitable<void> runSync(Context& context, Direction direction, SyncOptions const
     SyncRun run { .site = site,
         .progress = progress,
         .scope = [scope = options.chosenScope()] { return scope; },
-        .readKey = options.key.reader(),
+        .readKey = options.key.reader(context.stopToken()),
         .conflictFound = [&conflict](std::string const& details) { conflict = details; },
         .stop = context.stopToken(),
         .clock = stoppableClock(context.stopToken()),
@@ -156,7 +156,7 @@ awaitable<void> previewSync(Context& context, Direction direction, SyncOptions c
     auto const scope = options.chosenScope();
     FileTransfer transfer;
     if (scope.hasFiles()) {
-        auto const key = co_await readKeyOf(site, options.key.reader());
+        auto const key = co_await readKeyOf(site, options.key.reader(context.stopToken()));
         SyncClient client(site.remoteSyncConfig->remoteURL, key, stoppableClock(context.stopToken()));
         SyncProgress progress(context.mainThread());
         ProgressDisplay const display(context.console(), progress);

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fcntl.h>
 #include <iostream>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -41,6 +43,17 @@ std::vector<std::string> takeWordsBehindMark(std::vector<std::string>& words)
     std::vector<std::string> taken(mark, words.end());
     words.erase(mark, words.end());
     return taken;
+}
+
+/// Takes the place of a standard stream that was closed before the start: the next file or pipe would be
+/// opened under its number, and results would go into it. What stands in its place fails just as a closed one
+/// does.
+void occupyStandardStreams()
+{
+    for (auto const stream : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
 }
 
 /// Parses the words and runs the command that they choose.
@@ -79,4 +92,8 @@ int runProgram(int argumentCount, char** arguments)
 
 }  // namespace
 
-int main(int argumentCount, char** arguments) { return runProgram(argumentCount, arguments); }
+int main(int argumentCount, char** arguments)
+{
+    occupyStandardStreams();
+    return runProgram(argumentCount, arguments);
+}

@@ -146,6 +146,20 @@ TEST_F(ContentCommands, pullWritesTheItemWithItsAddressesMoved)
     EXPECT_THAT(journal(), HasSubstr("\"contentPull\""));
 }
 
+TEST_F(ContentCommands, anIDIsDecimal)
+{
+    auto const result = linked({ "content", "push", "shop", "014", "--yes" });
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.stderr, HasSubstr("twkb: There is no item with the ID 14 on either site.\n"));
+}
+
+TEST_F(ContentCommands, aTitleCannotDriveTheTerminal)
+{
+    docker.answer(
+        "post_type = 'page'", 0, R"({"id":12,"title":"A\u001b[31mbout","slug":"about","type":"page"})");
+    EXPECT_EQ(linked({ "content", "pull", "shop", "12" }).stdout, "Pulled \"About\" from remote\n");
+}
+
 TEST_F(ContentCommands, anItemThatIsNotThereIsToldSo)
 {
     auto result = linked({ "content", "push", "shop", "99", "--yes" });
@@ -189,7 +203,9 @@ TEST_F(ContentCommands, wrongUsageExitsWithTwo)
 {
     EXPECT_EQ(twkb({ "content" }).exitCode, 2);
     EXPECT_EQ(twkb({ "content", "push", "shop" }).exitCode, 2);
-    EXPECT_EQ(twkb({ "content", "push", "shop", "about" }).exitCode, 2);
+    for (auto const* id : { "about", "", "0x0C", "1.5", "+12", "99999999999999999999" })
+        EXPECT_EQ(linked({ "content", "push", "shop", id, "--yes" }).exitCode, 2) << id;
+    EXPECT_EQ(journal(), "");
     EXPECT_EQ(twkb({ "content", "list", "nobody" }).exitCode, 1);
 }
 

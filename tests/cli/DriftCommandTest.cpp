@@ -72,6 +72,17 @@ TEST_F(DriftCommand, asksOnlyForTheTwoListsAndChangesNothing)
     EXPECT_FALSE(fileExists(site.siteDirectory() + "/sync-history.json"));
 }
 
+TEST_F(DriftCommand, theKeyMayComeThroughAPipe)
+{
+    auto const result = runToEnd(context,
+        ShellRunner::shared().run("/bin/sh",
+            { "-c",
+                "cat " + shellQuoted(keyFile) + " | " + shellQuoted(HARBOR_TWKB)
+                    + " drift shop --key-file /dev/stdin" }));
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+    EXPECT_EQ(remote.requestsTo("/manifest").size(), 2U);
+}
+
 TEST_F(DriftCommand, aRefusalIsTheErrorsOwnText)
 {
     remote.failOn("/manifest", Fault::answer(403, R"({"message":"Bad signature"})"));

@@ -190,6 +190,35 @@ TEST_F(RewriteCommand, theFileComesFirstThenStandardOutput)
     EXPECT_EQ(twkb(words).stdout, insert("'https://new.example'"));
 }
 
+TEST_F(RewriteCommand, aPipeOrADeviceIsReadToItsEnd)
+{
+    writeAtomically(input, insert("'http://old.test'"), 0600);
+    auto const shell = [&](std::string const& file, std::string const& rest) {
+        auto const line = "cat " + shellQuoted(input) + " | " + shellQuoted(HARBOR_TWKB)
+            + " rewrite --from http://old.test --to https://new.example " + file + rest;
+        return runToEnd(context, ShellRunner::shared().run("/bin/sh", { "-c", line }));
+    };
+    EXPECT_EQ(shell("/dev/stdin", "").stdout, insert("'https://new.example'"));
+    EXPECT_EQ(shell("/dev/stdin --output ", shellQuoted(output)).exitCode, 0);
+    EXPECT_EQ(readWholeFile(output), insert("'https://new.example'"));
+    EXPECT_EQ(shell("/dev/null", "").stdout, "\n");
+}
+
+TEST_F(RewriteCommand, aStandardStreamThatIsClosedIsAFailure)
+{
+    auto const shell = [&](std::string const& redirection) {
+        auto const line = shellQuoted(HARBOR_TWKB) + " rewrite --from http://old.test --to x " + redirection;
+        return runToEnd(context, ShellRunner::shared().run("/bin/sh", { "-c", line }));
+    };
+    result = shell("<&-");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.stderr, "twkb: Bad file descriptor: standard input\n");
+    result = shell("< /dev/null >&-");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.stderr, "twkb: Standard output: Bad file descriptor\n");
+    EXPECT_EQ(shell("< /dev/null 2>&-").stdout, "\n");
+}
+
 TEST_F(RewriteCommand, theOutputMayBeTheInput)
 {
     writeAtomically(input, insert("'http://old.test'"), 0640);
