@@ -144,6 +144,8 @@ private:
         if (name.empty() || leavesTarget(name))
             refuse(name);
         auto const type = archive_entry_filetype(entry);
+        if (type != AE_IFREG && type != AE_IFDIR && type != AE_IFLNK)
+            fail("The entry \"" + name + "\" is neither a file nor a folder nor a link.");
         if (type == AE_IFLNK) {
             auto const* leadsTo = archive_entry_symlink(entry);
             links_.push_back({ name, leadsTo ? leadsTo : "" });

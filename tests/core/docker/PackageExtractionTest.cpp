@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <sys/stat.h>
 
 namespace harbor {
 namespace {
@@ -93,6 +94,19 @@ INSTANTIATE_TEST_SUITE_P(Cases, HostilePackages,
         HostileName { "aNameThatClimbsOutInTheMiddle", "wp-content/../../evil" },
         HostileName { "anAbsoluteName", "/twkb-evil" }),
     [](auto const& test) { return test.param.behaviour; });
+
+TEST_F(PackageExtractionTest, aDeviceIsRefused)
+{
+    ZipBuilder(package).file("null", "");
+    auto archive = readWholeFile(package);
+    constexpr auto typeInDirectory = 41;  // The upper byte of the Unix mode.
+    archive.at(archive.find("PK\x01\x02") + typeInDirectory) = S_IFCHR >> 8;
+    writeAtomically(package, archive, 0600);
+    EXPECT_THAT([this] { extract(); },
+        ThrowsMessage<ImportError>(
+            "Extraction failed: The entry \"null\" is neither a file nor a folder nor a link."));
+    EXPECT_FALSE(exists("null"));
+}
 
 TEST_F(PackageExtractionTest, aLinkInsideThePackageIsKept)
 {
