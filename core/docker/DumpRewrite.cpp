@@ -1,9 +1,17 @@
 #include "core/docker/DumpRewrite.h"
 
+#include "core/protocol/SyncError.h"
 #include "core/rewrite/DumpCheck.h"
 #include "core/rewrite/RewriteGuard.h"
+#include "core/rewrite/UrlPair.h"
 
 namespace harbor {
+
+void refuseEndlessPair(std::string const& from, std::string const& to)
+{
+    if (wouldNotEnd(from, to))
+        throw SyncError::connectionFailed(endlessPairText(from, to));
+}
 
 awaitable<std::string> rewriteDumpURLs(
     SyncProgress& progress, std::string sql, std::string from, std::string to)

@@ -8,7 +8,6 @@
 #include "core/base/WorkerPool.h"
 #include "core/docker/DumpRewrite.h"
 #include "core/docker/PackageExtraction.h"
-#include "core/rewrite/UrlPair.h"
 
 #include <boost/asio/post.hpp>
 
@@ -28,13 +27,6 @@ ImportManifest manifestIn(TemporaryDirectory const& package)
     if (!fileExists(path))
         throw ImportError::noManifest();
     return JsonReader(parseJson(readWholeFile(path))).as<ImportManifest>();
-}
-
-/// A dump that would be rewritten for ever is refused before anything of the package is placed.
-void refuseEndlessRewrite(ImportManifest const& manifest, Site const& site)
-{
-    if (wouldNotEnd(manifest.site_url, site.localURL()))
-        throw ImportError::databaseImportFailed(endlessPairText(manifest.site_url, site.localURL()));
 }
 
 /// Unpacks the dump beside itself: by `gunzip`, by `gzip`, and where both are missing in memory.
@@ -143,7 +135,7 @@ awaitable<void> SiteImporter::import(
         co_await log(progress_, "Export date: " + *manifest.export_date);
     auto const loadsDatabase = includeDatabase && fileExists(dumpIn(package));
     if (loadsDatabase)
-        refuseEndlessRewrite(manifest, site);
+        refuseEndlessPair(manifest.site_url, site.localURL());
     throwIfStopped(stop_);
 
     if (includeFiles && fileExists(contentIn(package))) {
@@ -182,7 +174,7 @@ awaitable<void> SiteImporter::retry(std::string packagePath, Site site)
     auto const manifest = manifestIn(package);
     if (!fileExists(dumpIn(package)))
         throw ImportError::databaseImportFailed("No database dump found in package");
-    refuseEndlessRewrite(manifest, site);
+    refuseEndlessPair(manifest.site_url, site.localURL());
     throwIfStopped(stop_);
 
     co_await enter(progress_, Phase::importingDatabase);

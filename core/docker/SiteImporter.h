@@ -30,6 +30,7 @@ public:
     awaitable<ImportManifest> readManifest(std::string packagePath);
 
     /// @throws ImportError, DockerError  `importState` tells how far it came; nothing is taken back
+    /// @throws SyncError  the dump's addresses cannot be rewritten; nothing was placed
     awaitable<void> importPackage(
         std::string packagePath, Site site, bool includeDatabase, bool includeFiles);
 

@@ -1,7 +1,7 @@
 #include "core/sync/ContentSync.h"
 
+#include "core/docker/DumpRewrite.h"
 #include "core/rewrite/SearchReplace.h"
-#include "core/sync/EndlessPair.h"
 
 #include <array>
 

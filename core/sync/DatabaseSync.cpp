@@ -7,7 +7,6 @@
 #include "core/base/WorkerPool.h"
 #include "core/docker/DumpRewrite.h"
 #include "core/sync/DumpCompression.h"
-#include "core/sync/EndlessPair.h"
 
 namespace harbor {
 

@@ -206,8 +206,9 @@ TEST_F(PackageCommands, anEndlessPairIsRefusedBeforeAFileIsPlaced)
     auto const site = addLocalSite();
     auto const result = twkb({ "import", package, "--into", "shop" });
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(
-        result.stderr, HasSubstr("cannot be rewritten from http://localhost to http://localhost:8080"));
+    EXPECT_THAT(result.stderr,
+        HasSubstr("twkb: Connection failed: URLs cannot be rewritten from http://localhost to "
+                  "http://localhost:8080: "));
     EXPECT_TRUE(std::filesystem::is_empty(site.wpContentPath()));
     EXPECT_EQ(twkb({ "import", package, "--into", "shop", "--no-database" }).exitCode, 0);
 }
@@ -261,6 +262,9 @@ INSTANTIATE_TEST_SUITE_P(Cases, WrongImports,
             "Say where the package goes: --new NAME or --into SITE." },
         ImportUsage { "aRetryIntoANewSite", { "import", "x.zip", "--new", "A", "--retry-database" },
             "--retry-database goes with --into SITE." },
+        ImportUsage { "aRetryOfWhatIsNotWanted",
+            { "import", "x.zip", "--into", "a", "--no-database", "--retry-database" },
+            "--no-database excludes --retry-database" },
         ImportUsage {
             "anUnknownPHPVersion", { "import", "x.zip", "--new", "A", "--php", "5" }, "\"5\" is none of " },
         ImportUsage { "aPHPVersionForAnOldSite", { "import", "x.zip", "--into", "a", "--php", "8.2" },

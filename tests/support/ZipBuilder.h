@@ -21,6 +21,9 @@ public:
     ZipBuilder& operator=(ZipBuilder const&) = delete;
     ~ZipBuilder() { archive_write_free(archive_); }
 
+    /// Makes the archive whole before the builder goes.
+    void close() { archive_write_close(archive_); }
+
     ZipBuilder& file(std::string const& name, std::string_view content, unsigned mode = 0644)
     {
         auto* entry = newEntry(name, AE_IFREG, mode);

@@ -1,6 +1,8 @@
 #include "core/docker/SiteImporter.h"
 
 #include "core/base/Interrupted.h"
+#include "core/base/RawDeflate.h"
+#include "core/protocol/SyncError.h"
 #include "tests/support/Gzipped.h"
 #include "tests/support/LocalSite.h"
 #include "tests/support/RecordingDocker.h"
@@ -214,6 +216,71 @@ TEST_F(SiteImporterTest, whereGunzipIsMissingTheSecondCommandIsTried)
     EXPECT_THAT(loaded(), testing::SizeIs(1));
 }
 
+TEST_F(SiteImporterTest, whereBothToolsFailOnlyARawStreamCanBeRead)
+{
+    docker.putProgram("gunzip", "#!/bin/sh\nexit 127\n");
+    docker.putProgram("gzip", "#!/bin/sh\nexit 127\n");
+    makePackage();
+    EXPECT_THAT([this] { import(true, false); },
+        ThrowsMessage<ImportError>("Database import failed: Could not decompress database file"));
+
+    ZipBuilder(package)
+        .file("manifest.json", manifest)
+        .file("database.sql.gz", rawDeflate::compress(dump).value());
+    import();
+    EXPECT_THAT(loaded(), ElementsAre(testing::HasSubstr("'http://localhost:8080'")));
+    EXPECT_TRUE(leavesNothing());
+}
+
+TEST_F(SiteImporterTest, aToolThatLeavesNoFileIsNoSuccess)
+{
+    makePackage();
+    docker.putProgram("gunzip", "#!/bin/sh\nexit 0\n");
+    EXPECT_THAT([this] { import(true, false); },
+        ThrowsMessage<ImportError>("Database import failed: Decompressed SQL file not found"));
+    EXPECT_THAT(docker.calls(), IsEmpty());
+}
+
+TEST_F(SiteImporterTest, aSlashAtTheEndOfTheSourceGoesIntoTheRewriteAsItStands)
+{
+    ZipBuilder(package)
+        .file("manifest.json", R"({"site_url":"https://old.test/"})")
+        .file("database.sql.gz", gzipped("INSERT INTO t VALUES ('https://old.test/x https://old.test');\n"));
+    import();
+    EXPECT_THAT(loaded(), ElementsAre("INSERT INTO t VALUES ('http://localhost:8080x https://old.test');\n"));
+    EXPECT_THAT(lines(), Contains("Rewriting URLs: https://old.test/ -> http://localhost:8080"));
+}
+
+struct CopyCase {
+    std::string behaviour;
+    int files;
+    std::vector<std::int64_t> told;  ///< The counts of processed files that the progress showed.
+};
+
+class CopiedFiles : public SiteImporterTest, public testing::WithParamInterface<CopyCase> { };
+
+TEST_P(CopiedFiles, areToldEveryFiftyAndAtTheLast)
+{
+    ZipBuilder zip(package);
+    zip.file("manifest.json", manifest);
+    for (int i = 0; i < GetParam().files; ++i)
+        zip.file("wp-content/" + std::to_string(i), "x");
+    zip.close();
+    std::vector<std::int64_t> told;
+    progress.observe([&](SyncProgress::Field field) {
+        if (field == SyncProgress::Field::processedFiles)
+            told.push_back(progress.processedFiles());
+    });
+    import();
+    EXPECT_EQ(told, GetParam().told);
+    EXPECT_EQ(progress.totalFiles(), GetParam().files);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, CopiedFiles,
+    testing::Values(CopyCase { "aSingleFile", 1, { 1 } }, CopyCase { "fiftyFiles", 50, { 1, 50 } },
+        CopyCase { "oneMore", 51, { 1, 51 } }, CopyCase { "andAnother", 52, { 1, 51, 52 } }),
+    [](auto const& test) { return test.param.behaviour; });
+
 TEST_F(SiteImporterTest, aPairThatWouldNeverEndIsRefusedBeforeAnythingIsPlaced)
 {
     ZipBuilder(package)
@@ -221,9 +288,9 @@ TEST_F(SiteImporterTest, aPairThatWouldNeverEndIsRefusedBeforeAnythingIsPlaced)
         .file("database.sql.gz", gzipped(dump))
         .file("wp-content/a.php", "x");
     EXPECT_THAT([this] { import(); },
-        ThrowsMessage<ImportError>(testing::AllOf(testing::StartsWith("Database import failed: "),
+        ThrowsMessage<SyncError>(testing::AllOf(testing::StartsWith("Connection failed: "),
             testing::HasSubstr("http://localhost:80"), testing::HasSubstr("http://localhost:8080"))));
-    EXPECT_THROW(retry(), ImportError);
+    EXPECT_THROW(retry(), SyncError);
     EXPECT_THAT(docker.calls(), IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(site.wpContentPath() + "/a.php"));
 
