@@ -31,6 +31,10 @@ TEST(ContentStatements, theListOfItemsEscapesTheTypeAndAsksForOneItemAtLeast)
         "post_type, 'modified_gmt', COALESCE(UNIX_TIMESTAMP(post_modified_gmt), 0)) FROM my_posts WHERE "
         "post_type = "
         "'it\\'s' AND post_status NOT IN ('auto-draft','trash') ORDER BY post_modified_gmt DESC LIMIT 1");
+    EXPECT_THAT(contentItems("", "page", -5),
+        testing::EndsWith(" FROM posts WHERE post_type = 'page' AND "
+                          "post_status NOT IN ('auto-draft','trash') "
+                          "ORDER BY post_modified_gmt DESC LIMIT 1"));
     EXPECT_THAT(contentItems("", "page", 500), testing::EndsWith(" LIMIT 500"));
 }
 

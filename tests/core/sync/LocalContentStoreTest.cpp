@@ -67,7 +67,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, TablePrefixes,
         PrefixCase { "theDefaultWinsOverAShorterName", "aposts\nwp_posts\n", "wp_" },
         PrefixCase { "noPrefixAtAll", "posts\n", "" },
         PrefixCase { "anotherPrefix", "mywp_posts\n", "mywp_" },
-        PrefixCase { "theShortestOfSeveral", "a_posts\nabc_posts\n", "a_" }),
+        PrefixCase { "theShortestOfSeveral", "a_posts\nabc_posts\n", "a_" },
+        PrefixCase { "emptyLinesAsideTheFirst", "\n\nb_posts\na_posts", "b_" }),
     [](auto const& test) { return test.param.behaviour; });
 
 TEST_F(LocalContentStoreTest, aDatabaseWithoutAPostsTableFails)
@@ -76,6 +77,12 @@ TEST_F(LocalContentStoreTest, aDatabaseWithoutAPostsTableFails)
     EXPECT_THAT([this] { runToEnd(context, store.listContentTypes()); },
         ThrowsMessage<SyncError>(
             "Failed to decode response: Could not locate the posts table in the local database."));
+}
+
+TEST_F(LocalContentStoreTest, aTableThatEndsInOtherLettersIsNoPostsTable)
+{
+    docker.answer("information_schema", 0, "WP_POSTS\nshop_posts\n");
+    EXPECT_THROW(runToEnd(context, store.listContentTypes()), SyncError);
 }
 
 TEST_F(LocalContentStoreTest, anEmptyPrefixIsRemembered)
@@ -142,6 +149,23 @@ TEST_F(LocalContentStoreTest, anItemIsReadFromItsThreeKindsOfRows)
             ContentTermGroup { "post_tag", { { "tag", "tag" } } }));
 }
 
+TEST_F(LocalContentStoreTest, aLaterPostRowTakesThePlaceOfTheEarlierOne)
+{
+    docker.answer("'_row'", 0,
+        "{\"_row\": \"post\", \"ID\": \"12\", \"post_title\": \"About\"}\n{\"_row\": \"post\", \"ID\": "
+        "\"12\"}\n{\"_row\": \"Post\", \"ID\": \"13\"}\n");
+    EXPECT_EQ(read(12).post, (std::map<std::string, std::string> { { "ID", "12" } }));
+}
+
+TEST_F(LocalContentStoreTest, anItemWithAnEmptyTypeIsReadButNotWritten)
+{
+    docker.answer("'_row'", 0, "{\"_row\": \"post\", \"ID\": \"12\", \"post_type\": \"\"}\n");
+    auto const payload = read(12);
+    EXPECT_EQ(payload.post.at("post_type"), "");
+    EXPECT_THAT([&] { write(payload); },
+        ThrowsMessage<SyncError>("Failed to decode response: Content payload is missing a post_type."));
+}
+
 TEST_F(LocalContentStoreTest, anItemThatIsNotThereFails)
 {
     EXPECT_THAT([this] { read(99); },
@@ -170,6 +194,27 @@ TEST_F(LocalContentStoreTest, termsAreFoundOrMadeThenReplacedAndRecounted)
             contentStatements::removeTerms("wp_", 12, "category"),
             contentStatements::addTerms("wp_", 12, { 5, 9 }),
             contentStatements::recountTerms("wp_", { 5, 9 })));
+}
+
+TEST_F(LocalContentStoreTest, twoTermsOfOneIdAreToldTwice)
+{
+    auto payload = about();
+    payload.terms = { { "category", { { "News", "news" }, { "NEWS", "News" } } } };
+    docker.answer("SELECT tt.term_taxonomy_id", 0, "5\n");
+    write(payload);
+    EXPECT_THAT(statements(), testing::Contains(contentStatements::addTerms("wp_", 12, { 5, 5 })));
+    EXPECT_EQ(statements().back(), contentStatements::recountTerms("wp_", { 5, 5 }));
+}
+
+TEST_F(LocalContentStoreTest, theTermsOfAllTaxonomiesAreRecountedAtOnce)
+{
+    auto payload = about();
+    payload.terms = { { "category", { { "News", "news" } } }, { "post_tag", { { "Sea", "sea" } } } };
+    docker.answer("t.slug = 'news'", 0, "5\n");
+    docker.answer("t.slug = 'sea'", 0, "0\n");  // No id of a term.
+    docker.answer("INSERT INTO wp_terms", 0, "9\n");
+    write(payload);
+    EXPECT_EQ(statements().back(), contentStatements::recountTerms("wp_", { 5, 9 }));
 }
 
 TEST_F(LocalContentStoreTest, anEmptyGroupRemovesAllTermsOfItsTaxonomy)
