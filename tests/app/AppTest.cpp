@@ -6,16 +6,19 @@
 
 #include <QApplication>
 #include <QDeadlineTimer>
+#include <QTimer>
 
 namespace harbor {
 
 testing::AssertionResult waitUntil(std::function<bool()> const& isTrue, std::chrono::seconds patience)
 {
     QDeadlineTimer const deadline(patience);
+    QTimer look;  // What is waited for may come without an event of this thread.
+    look.start(std::chrono::milliseconds(5));
     while (!isTrue()) {
         if (deadline.hasExpired())
             return testing::AssertionFailure() << "waited in vain";
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 50);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     return testing::AssertionSuccess();
