@@ -1,7 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/ProgressDisplay.h"
 #include "cli/SiteCreation.h"
-#include "core/base/Clock.h"
+#include "core/base/StoppableClock.h"
 #include "core/docker/SiteImporter.h"
 
 #include <filesystem>
@@ -84,9 +84,19 @@ awaitable<Site> createTarget(Context& context, ImportOptions options)
     co_await importer.readManifest(options.file);
 
     context.console().note("Creating \"" + options.newName + "\"...");
-    auto site = co_await createStoredSite(context, options.newName, options.phpVersion, options.webServer);
-    co_await Clock::system().sleep(settlingTime);
-    co_return site;
+    co_return co_await createStoredSite(context, options.newName, options.phpVersion, options.webServer);
+}
+
+/// After an import that did not come to its end: what stands, and how to go on.
+void tellTheWayOn(Context& context, ImportOptions const& options, Site const& site, ImportState const& state)
+{
+    auto const again = "twkb import " + shellQuoted(options.file) + " --into " + site.slug;
+    if (options.retryDatabase || (state.filesCompleted && !state.databaseCompleted))
+        context.console().note("The database can be tried again by itself: " + again + " --retry-database");
+    else if (!options.newName.empty() || context.stopToken().stop_requested())
+        context.console().note("What was placed so far stays in \"" + site.name
+            + "\". To import again: " + again + (options.skipDatabase ? " --no-database" : "")
+            + (options.skipFiles ? " --no-files" : ""));
 }
 
 awaitable<void> import(Context& context, ImportOptions options)
@@ -100,15 +110,14 @@ awaitable<void> import(Context& context, ImportOptions options)
     ProgressDisplay const display(context.console(), progress);
     SiteImporter importer(progress, context.stopToken());
     try {
+        if (isNew)
+            co_await stoppableClock(context.stopToken()).sleep(settlingTime);
         if (options.retryDatabase)
             co_await importer.retryDatabaseImport(options.file, site);
         else
             co_await importer.importPackage(options.file, site, !options.skipDatabase, !options.skipFiles);
     } catch (std::exception const&) {
-        auto const state = importer.importState();
-        if (options.retryDatabase || (state.filesCompleted && !state.databaseCompleted))
-            context.console().note("The database can be tried again by itself: twkb import "
-                + shellQuoted(options.file) + " --into " + site.slug + " --retry-database");
+        tellTheWayOn(context, options, site, importer.importState());
         throw;
     }
     if (context.console().json)

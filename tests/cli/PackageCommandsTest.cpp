@@ -1,5 +1,6 @@
 #include "core/base/File.h"
 #include "tests/cli/CommandLineTest.h"
+#include "tests/cli/Terminal.h"
 #include "tests/support/Gzipped.h"
 #include "tests/support/LocalSite.h"
 #include "tests/support/ZipBuilder.h"
@@ -236,6 +237,39 @@ TEST_F(PackageCommands, importMakesANewSiteForThePackage)
     EXPECT_EQ(result.stdout, site.localURL() + "\n");
     EXPECT_EQ(readWholeFile(site.wpContentPath() + "/themes/x/style.css"), "body {}");
     EXPECT_THAT(docker.calls().back().input, HasSubstr(site.localURL()));
+}
+
+TEST_F(PackageCommands, ctrlCDuringACreationLeavesTheSiteAndSaysHowToGoOn)
+{
+    makePackage();
+    docker.answer("up -d --wait", 0, "", "", "while [ ! -e \"$HOME/go\" ]; do sleep 0.05; done\n");
+    Terminal twkb(HARBOR_TWKB, { "import", package, "--new", "Shop", "--no-files" });
+    ASSERT_TRUE(twkb.shows("Creating \"Shop\"..."));
+    twkb.type("\x03");
+    ASSERT_TRUE(twkb.shows("Stopping at the next safe point"));
+    writeAtomically(docker.home.path() + "/go", "", 0600);
+    EXPECT_EQ(twkb.wait(), 130);
+    EXPECT_THAT(twkb.screen(),
+        HasSubstr("What was placed so far stays in \"Shop\". To import again: twkb import "
+            + shellQuoted(package) + " --into shop --no-files"));
+    EXPECT_EQ(storedSites().size(), 1U);
+    EXPECT_TRUE(leavesNothing());
+}
+
+TEST_F(PackageCommands, ctrlCBeforeTheDatabaseIsLoadedSaysHowToRetry)
+{
+    makePackage();
+    addLocalSite();
+    docker.putProgram("gunzip", "#!/bin/sh\nwhile [ ! -e \"$HOME/go\" ]; do sleep 0.05; done\nexit 1\n");
+    Terminal twkb(HARBOR_TWKB, { "import", package, "--into", "shop" });
+    ASSERT_TRUE(twkb.shows("Importing database..."));
+    twkb.type("\x03");
+    ASSERT_TRUE(twkb.shows("Stopping at the next safe point"));
+    writeAtomically(docker.home.path() + "/go", "", 0600);
+    EXPECT_EQ(twkb.wait(), 130);
+    EXPECT_THAT(twkb.screen(), HasSubstr("--into shop --retry-database"));
+    EXPECT_THAT(dockerCalls(), IsEmpty());
+    EXPECT_TRUE(leavesNothing());
 }
 
 struct ImportUsage {
