@@ -3,6 +3,7 @@
 #include "core/base/File.h"
 #include "core/base/FileSize.h"
 #include "core/base/Interrupted.h"
+#include "core/base/Paths.h"
 #include "core/base/RawDeflate.h"
 #include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
@@ -109,6 +110,7 @@ awaitable<void> SiteImporter::retryDatabaseImport(std::string packagePath, Site 
 
 awaitable<TemporaryDirectory> SiteImporter::extractPackage(std::string packagePath)
 {
+    createDirectories(Paths::temporaryDirectory(), 0700);  // It may only be named yet.
     TemporaryDirectory target("twkb-import-");
     co_await extractZip(std::move(packagePath), target.path(), stop_);
     co_return target;

@@ -81,6 +81,14 @@ TEST_F(SiteImporterTest, aPackageCanBeReadBeforeItIsImported)
     EXPECT_THAT(docker.calls(), IsEmpty());
 }
 
+TEST_F(SiteImporterTest, aTemporaryDirectoryThatIsMissingIsMade)
+{
+    ScopedVariable const missing("TMPDIR", docker.home.path() + "/not/yet");
+    makePackage();
+    EXPECT_EQ(runToEnd(context, importer.readManifest(package)).site_url, "https://old.test");
+    EXPECT_TRUE(std::filesystem::is_empty(docker.home.path() + "/not/yet"));
+}
+
 TEST_F(SiteImporterTest, anImportPlacesTheFilesAndLoadsTheRewrittenDump)
 {
     makePackage();
