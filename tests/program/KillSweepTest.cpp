@@ -48,7 +48,8 @@ protected:
         std::vector<Place> places;
         for (std::int64_t byte = 0; byte < relay->passed() - before; byte += byteStep)
             places.push_back({ .byte = byte });
-        for (int request = 0; request < std::ssize(remote->requests()); ++request)
+        auto const requestCount = static_cast<int>(remote->requests().size());
+        for (int request = 0; request < requestCount; ++request)
             places.push_back({ .request = request });
         return places;
     }

@@ -327,9 +327,10 @@ std::vector<LoggedRequest> TestRemote::requests() const
 
 std::vector<LoggedRequest> TestRemote::requestsTo(std::string const& route) const
 {
-    auto found = requests();
-    std::erase_if(
-        found, [&](auto const& request) { return !request.path.ends_with("/twkb/v1" + route + "/"); });
+    std::lock_guard const lock(mutex_);
+    std::vector<LoggedRequest> found;
+    std::ranges::copy_if(requests_, std::back_inserter(found),
+        [&](auto const& request) { return request.path.ends_with("/twkb/v1" + route + "/"); });
     return found;
 }
 

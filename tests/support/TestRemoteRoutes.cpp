@@ -19,6 +19,11 @@ namespace {
 
 constexpr std::size_t largestChunk = 524'288;  // in bytes
 
+// Made once: a sweep asks for a million things.
+std::regex const timestampForm("[0-9]+");
+std::regex const nonceForm("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+std::regex const hashForm("sha256:[0-9a-f]{64}");
+
 std::string hmacHex(std::string const& key, std::string const& text)
 {
     unsigned char digest[EVP_MAX_MD_SIZE];
@@ -70,10 +75,10 @@ std::optional<TestReply> TestRemote::refusal(TestRequest const& request)
     if (request.header("x-twkb-key") != base64Encoded(options_.key))
         return message(401, "Invalid API key");
     auto const timestamp = request.header("x-twkb-timestamp");
-    if (!std::regex_match(timestamp, std::regex("[0-9]+")))
+    if (!std::regex_match(timestamp, timestampForm))
         return message(401, "Invalid timestamp");
     auto const nonce = request.header("x-twkb-nonce");
-    if (!std::regex_match(nonce, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}")))
+    if (!std::regex_match(nonce, nonceForm))
         return message(401, "Invalid nonce");
 
     auto const bodyHash = request.header("x-twkb-body-sha256");
@@ -142,7 +147,7 @@ TestReply TestRemote::writeChunk(TestRequest const& request)
     auto const offset = body.at("offset").get<std::int64_t>();
     auto const total = body.at("total_size").get<std::int64_t>();
     auto const data = base64Decoded(body.at("data").get<std::string>());
-    if (!std::regex_match(body.at("hash").get<std::string>(), std::regex("sha256:[0-9a-f]{64}")))
+    if (!std::regex_match(body.at("hash").get<std::string>(), hashForm))
         return message(400, "Invalid hash");
     auto const file = place(path);
     if (!file)
