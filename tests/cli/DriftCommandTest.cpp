@@ -83,6 +83,15 @@ TEST_F(DriftCommand, theKeyMayComeThroughAPipe)
     EXPECT_EQ(remote.requestsTo("/manifest").size(), 2U);
 }
 
+TEST_F(DriftCommand, aKeyOfSeveralLinesIsSentNowhere)
+{
+    writeAtomically(keyFile, remote.key() + "\nX-Other: header\n", 0600);
+    auto const result = linked({ "drift", "shop" });
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.stderr, "twkb: The key in " + keyFile + " is not a single line of text.\n");
+    EXPECT_THAT(remote.requests(), IsEmpty());
+}
+
 TEST_F(DriftCommand, aRefusalIsTheErrorsOwnText)
 {
     remote.failOn("/manifest", Fault::answer(403, R"({"message":"Bad signature"})"));
