@@ -25,9 +25,12 @@ struct ImportOptions {
 
 void requireFile(std::string const& file)
 {
-    std::error_code failure;
-    if (!std::filesystem::is_regular_file(file, failure))
+    std::error_code ignored;  // What cannot be looked at counts as missing.
+    auto const status = std::filesystem::status(file, ignored);
+    if (!std::filesystem::exists(status))
         throw CommandError("There is no file \"" + file + "\".");
+    if (!std::filesystem::is_regular_file(status))
+        throw CommandError("\"" + file + "\" is not an ordinary file.");
 }
 
 std::string includesText(ImportIncludes const& includes)

@@ -115,6 +115,9 @@ TEST_F(PackageCommands, whatIsNoPackageIsToldSo)
     result = twkb({ "package", "show", "/nowhere.zip" });
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.stderr, "twkb: There is no file \"/nowhere.zip\".\n");
+    EXPECT_EQ(twkb({ "package", "show", "/" }).stderr, "twkb: \"/\" is not an ordinary file.\n");
+    EXPECT_EQ(twkb({ "import", "/dev/null", "--into", "shop" }).stderr,
+        "twkb: \"/dev/null\" is not an ordinary file.\n");
     EXPECT_EQ(twkb({ "package", "show" }).exitCode, 2);
 }
 
