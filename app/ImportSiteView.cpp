@@ -8,8 +8,11 @@
 #include "app/Values.h"
 
 #include "core/base/Describe.h"
+#include "core/base/URLHost.h"
 #include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
+
+#include <QFileInfo>
 
 #include <filesystem>
 
@@ -44,11 +47,9 @@ ImportSiteView::ImportSiteView(std::shared_ptr<AppState> app)
 
 void ImportSiteView::fileChosen(QUrl const& file)
 {
-    auto const path = fromQt(file.toLocalFile());
-    std::error_code failure;
-    if (isImporting_ || !std::filesystem::is_regular_file(path, failure))
-        return;
-    start(takeFile(shared_from_this(), path));
+    QFileInfo const chosen(file.toLocalFile());
+    if (!isImporting_ && chosen.isFile() && chosen.isReadable())
+        start(takeFile(shared_from_this(), fromQt(chosen.filePath())));
 }
 
 awaitable<void> ImportSiteView::takeFile(Self self, std::string file)
@@ -86,8 +87,7 @@ void ImportSiteView::proposeName()
 {
     if (!newSiteName_.isEmpty())
         return;
-    auto host = QUrl(toQt(manifest_->site_url)).host();
-    newSiteName_ = host.remove(QStringLiteral("www."));
+    newSiteName_ = toQt(hostOfURL(manifest_->site_url).value_or("")).remove(QStringLiteral("www."));
 }
 
 void ImportSiteView::importClicked()
