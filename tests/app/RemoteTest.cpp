@@ -5,6 +5,7 @@
 #include "core/base/AtomicFile.h"
 #include "core/protocol/SyncClient.h"
 #include "core/site/KeychainHelper.h"
+#include "core/sync/RemoteKey.h"
 
 namespace harbor {
 
@@ -18,6 +19,10 @@ awaitable<void> readJournal(Site site, std::shared_ptr<std::vector<SyncHistoryEn
 }  // namespace
 
 RemoteTest::RemoteTest() { SyncClient::printDebugLinesTo(nullptr); }
+
+/// One key after the other is forgotten, so that this one comes after all that a test has left behind: who
+/// waits for a keyring that has gone waits for ever.
+RemoteTest::~RemoteTest() { EXPECT_EQ(runToEnd(forgetKey("nobody")), ""); }
 
 Site RemoteTest::addSiteWithDatabase(std::string const& name, int port)
 {

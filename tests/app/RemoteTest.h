@@ -17,6 +17,7 @@ namespace harbor {
 class RemoteTest : public WindowTest {
 protected:
     RemoteTest();
+    ~RemoteTest() override;
 
     /// A site with its folder and a dump that holds its local address.
     Site addSiteWithDatabase(std::string const& name, int port = 18080);
