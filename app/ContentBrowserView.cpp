@@ -141,6 +141,7 @@ void ContentBrowserView::pushClicked(QString const& itemID)
     if (!row || !row->local || busyItemID_)
         return;
     if (!isGuarded()) {
+        ask(pushQuestion(*row), pushWarning(*row));
         pendingPush_ = std::move(row);
         Q_EMIT dialogsChanged();
         return;
@@ -157,8 +158,16 @@ void ContentBrowserView::pullClicked(QString const& itemID)
     auto row = rowOf(itemID);
     if (!row || !row->remote || busyItemID_)
         return;
+    ask(pullQuestion(*row), pullWarning(*row));
     pendingPull_ = std::move(row);
     Q_EMIT dialogsChanged();
+}
+
+/// The words stay when the question goes, since its dialog takes a moment to fade.
+void ContentBrowserView::ask(std::string const& question, std::string const& warning)
+{
+    dialogTitle_ = toQt(question);
+    dialogMessage_ = toQt(warning);
 }
 
 void ContentBrowserView::confirmPush()
@@ -303,20 +312,6 @@ QString ContentBrowserView::emptyText() const
 QString ContentBrowserView::busyItemID() const
 {
     return busyItemID_ ? QString::number(*busyItemID_) : QString();
-}
-
-QString ContentBrowserView::dialogTitle() const
-{
-    return pendingPush_ ? toQt(pushQuestion(*pendingPush_))
-        : pendingPull_  ? toQt(pullQuestion(*pendingPull_))
-                        : QString();
-}
-
-QString ContentBrowserView::dialogMessage() const
-{
-    return pendingPush_ ? toQt(pushWarning(*pendingPush_))
-        : pendingPull_  ? toQt(pullWarning(*pendingPull_))
-                        : QString();
 }
 
 void ContentBrowserView::setLoading(bool isLoading)

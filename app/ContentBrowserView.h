@@ -106,8 +106,8 @@ public:
     QString errorMessage() const { return errorMessage_; }
     bool hasPendingPush() const { return pendingPush_.has_value(); }
     bool hasPendingPull() const { return pendingPull_.has_value(); }
-    QString dialogTitle() const;
-    QString dialogMessage() const;
+    QString dialogTitle() const { return dialogTitle_; }
+    QString dialogMessage() const { return dialogMessage_; }
     ProductionGuardSheet* guard() const { return guard_.get(); }
 
 Q_SIGNALS:
@@ -138,6 +138,7 @@ private:
     void setLoading(bool isLoading);
     void setMessages(QString const& status, QString const& error);
     void setBusyItem(std::optional<std::int64_t> id);
+    void ask(std::string const& question, std::string const& warning);
 
     std::shared_ptr<AppState> app_;
     Site site_;
@@ -152,6 +153,8 @@ private:
     QString errorMessage_;
     std::optional<ContentRow> pendingPush_;
     std::optional<ContentRow> pendingPull_;
+    QString dialogTitle_;
+    QString dialogMessage_;
     std::shared_ptr<ProductionGuardSheet> guard_;
     bool hasAppeared_ = false;
     bool hasLoaded_ = false;

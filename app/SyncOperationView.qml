@@ -79,6 +79,7 @@ Panel {
             visible: message !== ""
             message: root.view.conflictWarning
             tint: Theme.orange
+            pointSize: Theme.small
             Layout.fillWidth: true
             onDismissed: root.view.dismissWarning()
         }

@@ -3,13 +3,14 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Harbor
 
-/// A message that stays until it is dismissed. Long ones wrap, and scroll above a few lines.
+/// A message in its own colour that stays until it is dismissed. Long ones wrap, and scroll above a few lines.
 Rectangle {
     id: root
 
     property string symbol: "exclamationmark.triangle.fill"
     property string message
     property color tint: Theme.red
+    property real pointSize: Theme.body
     property string dismissTitle: "Dismiss"
     property alias dismissName: dismissButton.objectName
 
@@ -17,7 +18,7 @@ Rectangle {
 
     implicitHeight: row.implicitHeight + 2 * Theme.gap
     radius: Theme.radius
-    color: Qt.rgba(tint.r, tint.g, tint.b, Theme.dark ? 0.16 : 0.08)
+    color: Qt.rgba(tint.r, tint.g, tint.b, Theme.bannerTint)
     border.color: Qt.rgba(tint.r, tint.g, tint.b, 0.45)
     Accessible.role: Accessible.AlertMessage
     Accessible.name: message
@@ -37,7 +38,16 @@ Rectangle {
             contentWidth: availableWidth
             clip: true
 
-            CopyableText { id: text; width: scroll.availableWidth; text: root.message; wrapMode: Text.Wrap }
+            CopyableText {
+                id: text
+
+                objectName: root.objectName + ".text"
+                width: scroll.availableWidth
+                text: root.message
+                color: root.tint
+                font.pointSize: root.pointSize
+                wrapMode: Text.Wrap
+            }
         }
         ActionButton {
             id: dismissButton

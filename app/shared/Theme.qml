@@ -34,6 +34,9 @@ QtObject {
     readonly property color purple: dark ? "#c49cff" : "#6f38b5"
     readonly property color teal: dark ? "#4fcfc2" : "#0b6b64"
 
+    /// How much of its own colour a banner puts on the ground.
+    readonly property real bannerTint: dark ? 0.16 : 0.08
+
     /// The colour of a status text: "running", "starting", "stopping", "error", anything else gray.
     function statusColor(status: string): color {
         switch (status) {

@@ -304,6 +304,7 @@ TEST_F(ContentTest, aPullAsksAndBringsTheItem)
     EXPECT_EQ(panel().dialogMessage(), text("This will create the item on your local site."));
     panel().cancelPending();
     EXPECT_FALSE(panel().hasPendingPull());
+    EXPECT_EQ(panel().dialogTitle(), text("Pull \"Theirs\" from remote?")) << "while the dialog fades";
     panel().pullClicked(text("3"));
     EXPECT_EQ(panel().dialogMessage(), text("This will overwrite your local version with the remote one."));
     panel().confirmPull();

@@ -404,16 +404,33 @@ TEST_F(Flows, textColorsStandOutOnEveryGroundOfBothStyles)
     };
     for (auto const isDark : { false, true }) {
         Appearance::shared().setDark(isDark);
-        auto const contrast = [&](char const* ink, char const* ground) {
-            auto const one = luminance(theme->property(ink).value<QColor>());
-            auto const two = luminance(theme->property(ground).value<QColor>());
+        auto const color = [&](char const* name) { return theme->property(name).value<QColor>(); };
+        auto const contrastOf = [&](QColor const& ink, QColor const& ground) {
+            auto const one = luminance(ink);
+            auto const two = luminance(ground);
             return (std::max(one, two) + 0.05) / (std::min(one, two) + 0.05);
+        };
+        auto const contrast
+            = [&](char const* ink, char const* ground) { return contrastOf(color(ink), color(ground)); };
+        // A banner puts some of its colour on the ground.
+        auto const tinted = [&](char const* ground, char const* tint) {
+            auto const share = static_cast<float>(theme->property("bannerTint").toReal());
+            auto const mix
+                = [share](float below, float above) { return below * (1 - share) + above * share; };
+            auto const below = color(ground);
+            auto const above = color(tint);
+            return QColor::fromRgbF(mix(below.redF(), above.redF()), mix(below.greenF(), above.greenF()),
+                mix(below.blueF(), above.blueF()));
         };
         for (auto const* ink :
             { "text", "secondary", "accent", "gray", "green", "orange", "red", "blue", "purple", "teal" }) {
             for (auto const* ground : { "window", "sidebar", "panel", "field", "control" })
                 EXPECT_GE(contrast(ink, ground), 4.5)
                     << ink << " on " << ground << (isDark ? ", dark" : ", light");
+        }
+        for (auto const* ink : { "orange", "red" }) {
+            for (auto const* ground : { "window", "sidebar", "panel" })
+                EXPECT_GE(contrastOf(color(ink), tinted(ground, ink)), 4.5) << ink << " banner on " << ground;
         }
         EXPECT_GE(contrast("accentText", "accent"), 4.5);
         EXPECT_GE(contrast("text", "selection"), 4.5);

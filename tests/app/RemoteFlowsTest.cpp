@@ -171,6 +171,11 @@ TEST_F(RemoteFlows, aSiteIsLinkedPushedGuardedAndPulledByClicksAndKeys)
     ASSERT_TRUE(waitForRows(4));
     ASSERT_TRUE(waitFor("sync.conflict"));
     EXPECT_THAT(fromQt(textOf("sync.conflict")), HasSubstr("1 new files on remote"));
+    auto const* const words = find(text("sync.conflict.text"));
+    EXPECT_EQ(words->property("color"), find(text("sync.push"))->property("tint")) << "orange";
+    EXPECT_EQ(words->property("font").value<QFont>().pointSizeF(),
+        find(text("config.environmentNote"))->property("font").value<QFont>().pointSizeF())
+        << "small";
     click("sync.dismissConflict");
     EXPECT_TRUE(waitForGone("sync.conflict"));
 

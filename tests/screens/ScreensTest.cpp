@@ -436,6 +436,7 @@ TEST_P(Screens, driftReport)
     remote.writeFile("themes/harbour-child/style.css", "x");
     open({ 1000, 800 });
     ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    ASSERT_TRUE(waitUntil([this] { return detail().content()->rows()->count() == 6; }));
     detail().drift()->check();
     ASSERT_TRUE(waitUntil([this] { return detail().drift()->drifted()->count() == 4; }));
     detail().drift()->toggleInSync();
