@@ -15,6 +15,16 @@ RowLayout {
         remoteNewer: Theme.blue, inSync: Theme.green,
     })[row.state] ?? Theme.orange
 
+    component DateLabel: PlainLabel {
+        required property double date
+
+        text: date < 0 ? "—" : Texts.relative(date, Ticker.now)
+        color: Theme.secondary
+        font.pointSize: Theme.small
+        elide: Text.ElideRight
+        Layout.preferredWidth: 96
+    }
+
     spacing: Theme.space
     height: implicitHeight + Theme.space
     Accessible.role: Accessible.ListItem
@@ -26,7 +36,7 @@ RowLayout {
 
         Symbol { name: root.row.symbol; color: root.tint }
         HoverHandler { id: hover }
-        HelpTip { visible: hover.hovered; text: root.row.toolTip }
+        HelpTip { shown: hover.hovered; text: root.row.toolTip }
     }
     ColumnLayout {
         spacing: 1
@@ -80,19 +90,8 @@ RowLayout {
             Layout.fillWidth: true
         }
     }
-    Repeater {
-        model: [root.row.localDate, root.row.remoteDate]
-
-        PlainLabel {
-            required property double modelData
-
-            text: modelData < 0 ? "—" : Texts.relative(modelData, Ticker.now)
-            color: Theme.secondary
-            font.pointSize: Theme.small
-            elide: Text.ElideRight
-            Layout.preferredWidth: 96
-        }
-    }
+    DateLabel { date: root.row.localDate }
+    DateLabel { date: root.row.remoteDate }
     PlainLabel {
         objectName: "content.badge" + root.index
         text: root.row.badge

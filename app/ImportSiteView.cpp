@@ -15,6 +15,7 @@
 #include <QFileInfo>
 
 #include <filesystem>
+#include <utility>
 
 namespace harbor {
 
@@ -48,26 +49,45 @@ ImportSiteView::ImportSiteView(std::shared_ptr<AppState> app)
 void ImportSiteView::fileChosen(QUrl const& file)
 {
     QFileInfo const chosen(file.toLocalFile());
-    if (!isImporting_ && chosen.isFile() && chosen.isReadable())
-        start(takeFile(shared_from_this(), fromQt(chosen.filePath())));
+    if (isImporting_ || !chosen.isFile() || !chosen.isReadable())
+        return;
+    chosenFile_ = fromQt(chosen.filePath());
+    selectedFile_.clear();
+    Q_EMIT changed();
+    if (!std::exchange(isTakingFile_, true))
+        start(takeFiles(shared_from_this()));
 }
 
-awaitable<void> ImportSiteView::takeFile(Self self, std::string file)
+/// One copy after the other, for two files of one name share their copy's path. The last choice stays.
+awaitable<void> ImportSiteView::takeFiles(Self self)
+{
+    while (self->chosenFile_)
+        co_await self->takeFile(*std::exchange(self->chosenFile_, std::nullopt));
+    self->isTakingFile_ = false;
+}
+
+awaitable<void> ImportSiteView::takeFile(std::string file)
 {
     try {
-        auto const copy = [&] { return self->replaceCopy(file); };
-        self->selectedFile_ = co_await callOn(WorkerPool::executor(), copy);
-        self->error_.clear();
-        Q_EMIT self->changed();
+        auto const copy = co_await callOn(WorkerPool::executor(), [&] { return replaceCopy(file); });
+        if (chosenFile_)
+            co_return;
+        selectedFile_ = copy;
+        error_.clear();
+        // The retry was for the package before, and for its site.
+        importedSite_.reset();
+        importer_.reset();
+        canRetryDatabase_ = false;
+        Q_EMIT changed();
 
         SyncProgress unseen(qtMainThread());
         SiteImporter importer(unseen);
-        self->manifest_ = co_await importer.readManifest(self->selectedFile_);
-        self->proposeName();
+        manifest_ = co_await importer.readManifest(copy);
+        proposeName();
     } catch (std::exception const& error) {
-        self->error_ = toQt("Could not read package: " + describe(error));
+        error_ = toQt("Could not read package: " + describe(error));
     }
-    Q_EMIT self->changed();
+    Q_EMIT changed();
 }
 
 /// On the worker pool: a package can be as large as a disk is.

@@ -94,7 +94,8 @@ Q_SIGNALS:
 
 private:
     using Self = std::shared_ptr<ImportSiteView>;
-    static awaitable<void> takeFile(Self self, std::string file);
+    static awaitable<void> takeFiles(Self self);
+    awaitable<void> takeFile(std::string file);
     std::string replaceCopy(std::string const& file);
     static awaitable<void> runImport(Self self);
     static awaitable<void> runRetry(Self self, std::string file, Site site);
@@ -116,7 +117,9 @@ private:
 
     std::shared_ptr<AppState> app_;
     std::optional<TemporaryDirectory> folder_;  ///< Holds the working copy.
-    std::string selectedFile_;                  ///< The working copy; empty while no file is chosen.
+    std::optional<std::string> chosenFile_;     ///< Waits until the one before is copied and read.
+    bool isTakingFile_ = false;
+    std::string selectedFile_;  ///< The working copy; empty while none is chosen or made.
     std::optional<ImportManifest> manifest_;
     bool importDatabase_ = true;
     bool importFiles_ = true;

@@ -7,12 +7,16 @@
 #include <QIcon>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QStyleHints>
 
 namespace harbor {
 
 void prepareScreens()
 {
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
+    // Not every desktop's theme asks for them, and without them no symbol tells its meaning under the
+    // pointer.
+    QGuiApplication::styleHints()->setUseHoverEffects(true);
     auto paths = QIcon::themeSearchPaths();
     if (!paths.contains(QStringLiteral("/usr/share/icons")))
         QIcon::setThemeSearchPaths(paths << QStringLiteral("/usr/share/icons"));

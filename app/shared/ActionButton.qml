@@ -86,5 +86,5 @@ Button {
 
         FocusRing { control: root }
     }
-    HelpTip { visible: root.help !== "" && (root.hovered || root.visualFocus); text: root.help }
+    HelpTip { shown: root.hovered || root.visualFocus; text: root.help }
 }

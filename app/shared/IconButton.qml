@@ -33,5 +33,5 @@ Button {
 
         FocusRing { control: root }
     }
-    HelpTip { visible: root.hovered || root.visualFocus; text: root.help }
+    HelpTip { shown: root.hovered || root.visualFocus; text: root.help }
 }

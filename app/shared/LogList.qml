@@ -19,7 +19,7 @@ Rectangle {
     /// The user wants the lines from `first` to `last` on the clipboard.
     signal copyRequested(int first, int last)
 
-    implicitHeight: list.count * metrics.height + 14
+    implicitHeight: Math.ceil(list.count * metrics.height) + 14  // Half a pixel would cut the border.
     radius: Theme.controlRadius
     color: Theme.field
     border.color: list.activeFocus ? Theme.accent : Theme.border

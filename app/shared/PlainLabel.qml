@@ -13,8 +13,5 @@ Label {
     color: enabled ? Theme.text : Theme.disabled
 
     HoverHandler { id: hover; enabled: root.help !== "" }
-    Loader {
-        active: hover.hovered && root.help !== ""
-        sourceComponent: HelpTip { parent: root; visible: true; text: root.help }
-    }
+    HelpTip { shown: hover.hovered; text: root.help }
 }

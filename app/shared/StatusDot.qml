@@ -16,8 +16,5 @@ Rectangle {
     Accessible.name: label
 
     HoverHandler { id: hover }
-    Loader {
-        active: hover.hovered
-        sourceComponent: HelpTip { parent: root; visible: true; text: root.label }
-    }
+    HelpTip { shown: hover.hovered; text: root.label }
 }

@@ -354,6 +354,17 @@ TEST_F(Flows, aPickerLeavesItsChoiceToTheWheelAlone)
     EXPECT_EQ(content().sidebar()->createSheet()->phpVersion(), 3);
 }
 
+TEST_F(Flows, aSymbolTellsItsMeaningUnderThePointer)
+{
+    open();
+    auto* const button = find(text("sidebar.add"));
+    ASSERT_TRUE(button);
+    ASSERT_FALSE(isShown("help"));
+    QTest::mouseMove(window(), button->mapToScene({ 10, 10 }).toPoint());
+    EXPECT_TRUE(waitUntil([&] { return isShown("help"); }));
+    EXPECT_EQ(textOf("help"), button->property("help").toString());
+}
+
 TEST_F(Flows, theTrayListsSitesAndActsOnThem)
 {
     auto const site = addSite("Bakery");

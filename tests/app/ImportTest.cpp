@@ -51,7 +51,9 @@ protected:
     void choose(std::string const& path)
     {
         sheet->fileChosen(QUrl::fromLocalFile(toQt(path)));
+        EXPECT_FALSE(sheet->canImport()) << "the copy is being made";
         ASSERT_TRUE(waitUntil([this] { return sheet->hasManifest() || !sheet->error().isEmpty(); }));
+        ASSERT_TRUE(waitUntil([this] { return sheet->canImport(); }));
         runEvents();
     }
     void intoSite()
@@ -199,15 +201,36 @@ TEST_F(ImportTest, aPackageInTheTemporaryDirectoryItselfStaysThere)
 TEST_F(ImportTest, aSecondFileOfTheSameNameReplacesTheWorkingCopy)
 {
     choose(makePackage("first"));
-    sheet->fileChosen(QUrl::fromLocalFile(toQt(makePackage("second"))));
-    runEvents();
+    choose(makePackage("second"));
     intoSite();
-    ASSERT_TRUE(waitUntil([this] {
-        runEvents();
-        return sheet->canImport();
-    }));
     import();
     EXPECT_EQ(readWholeFile(site.wpContentPath() + "/themes/x/style.css"), "second");
+}
+
+TEST_F(ImportTest, theLastOfSeveralChoicesIsTheOneThatIsImported)
+{
+    for (auto const* const word : { "first", "second", "third" })
+        sheet->fileChosen(QUrl::fromLocalFile(toQt(makePackage(word, std::string(word) + ".twkb.zip"))));
+    ASSERT_TRUE(waitUntil([this] { return sheet->canImport(); }));
+    EXPECT_EQ(sheet->fileName(), text("third.twkb.zip"));
+    intoSite();
+    import();
+    EXPECT_EQ(readWholeFile(site.wpContentPath() + "/themes/x/style.css"), "third");
+}
+
+TEST_F(ImportTest, anotherPackageWithdrawsTheRetryOfTheOneBefore)
+{
+    choose(makePackage());
+    intoSite();
+    docker.fail("exec", "MySQL is not ready");
+    import();
+    ASSERT_TRUE(sheet->canRetryDatabase());
+
+    choose(makePackage("second", "other.twkb.zip"));
+    EXPECT_FALSE(sheet->canRetryDatabase());
+    sheet->retryClicked();
+    EXPECT_FALSE(sheet->isImporting());
+    EXPECT_EQ(loaded(site), "");
 }
 
 TEST_F(ImportTest, onlyWhatIsChosenIsImported)
