@@ -97,7 +97,7 @@ void addBundleCommands(CLI::App& program, Context& context)
     auto& create = *group.add_subcommand("create", "Write files into a bundle");
     auto const options = std::make_shared<CreateOptions>();
     create.add_option("OUT", options->out, "The bundle, which is replaced")->required();
-    create.add_option("ROOT", options->root, "Folder of the files")->required();
+    addRootArgument(create, options->root, "Folder of the files");
     create.add_option("PATH", options->paths, "Files, relative to the folder")->required();
     create.add_flag("--no-hashes", options->noHashes, "Write entries without their hashes");
     onRun(create, context, [&context, options] { return createBundle(context, *options); });
@@ -111,7 +111,7 @@ void addBundleCommands(CLI::App& program, Context& context)
         = *group.add_subcommand("extract", "Place the files of a bundle in a folder, as a pull does");
     auto const root = std::make_shared<std::string>();
     extract.add_option("FILE", *file, "A bundle")->required();
-    extract.add_option("ROOT", *root, "Folder that no file may leave; made if it is missing")->required();
+    addRootArgument(extract, *root, "Folder that no file may leave; made if it is missing");
     onRun(extract, context, [&context, file, root] { return extractBundle(context, *file, *root); });
 }
 

@@ -96,6 +96,18 @@ CLI::Option* addInteger(
     return command.add_option_function<std::string>(name, read, description)->type_name("N");
 }
 
+/// The folder below which a command's files lie. An empty path, as an unset variable of a script gives it,
+/// would with a "/" behind it mean the whole file system.
+inline CLI::Option* addRootArgument(CLI::App& command, std::string& target, std::string const& description)
+{
+    auto const read = [&target](std::string const& text) {
+        if (text.empty())
+            throw CLI::ValidationError("ROOT", "The path of the folder is empty");
+        target = text;
+    };
+    return command.add_option_function<std::string>("ROOT", read, description)->required();
+}
+
 /// The site that nearly every command begins with.
 inline CLI::Option* addSiteArgument(CLI::App& command, std::string& target)
 {

@@ -56,6 +56,15 @@ std::string withStyle(std::string_view text, Style style, bool colours)
 
 void write(std::FILE* file, std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), file); }
 
+/// A file name need not be UTF-8, and no result is to fail for the name in it.
+constexpr auto replaceBadBytes = Json::error_handler_t::replace;
+
+/// What others wrote must not drive the terminal; a file or another program gets it unchanged.
+std::string shownOnErrors(std::string_view text)
+{
+    return ::isatty(STDERR_FILENO) ? withoutControlSequences(text) : std::string(text);
+}
+
 /// A cell stays on its line.
 std::string cellText(std::string_view text)
 {
@@ -88,7 +97,7 @@ void Console::printBytes(std::string_view bytes)
     flushOutput();
 }
 
-void Console::printJson(Json const& document) { print(prettyJson(document)); }
+void Console::printJson(Json const& document) { print(document.dump(2, ' ', false, replaceBadBytes)); }
 
 void Console::printTable(std::vector<Row> const& rows)
 {
@@ -119,8 +128,10 @@ void Console::printError(std::string_view bytes)
 void Console::note(std::string_view line)
 {
     if (!quiet)
-        writeErrorLine(line);
+        writeErrorLine(shownOnErrors(line));
 }
+
+void Console::noteJson(Json const& document) { note(document.dump(-1, ' ', false, replaceBadBytes)); }
 
 void Console::hint(std::string_view line)
 {
@@ -130,10 +141,10 @@ void Console::hint(std::string_view line)
 
 void Console::warn(std::string_view text)
 {
-    writeErrorLine("twkb: " + styledForErrors("warning:", Style::yellow) + " " + std::string(text));
+    writeErrorLine("twkb: " + styledForErrors("warning:", Style::yellow) + " " + shownOnErrors(text));
 }
 
-void Console::fail(std::string_view text) { writeErrorLine("twkb: " + std::string(text)); }
+void Console::fail(std::string_view text) { writeErrorLine("twkb: " + shownOnErrors(text)); }
 
 void Console::setLiveLine(std::string line)
 {

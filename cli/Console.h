@@ -39,6 +39,7 @@ public:
     void print(std::string_view line);
     /// Bytes as they are, without a line end of ours.
     void printBytes(std::string_view bytes);
+    /// Bytes that are not UTF-8 come out as U+FFFD.
     void printJson(Json const& document);
     /// Aligned columns; the last one is never padded. Control sequences in a cell are left out.
     void printTable(std::vector<Row> const& rows);
@@ -46,6 +47,8 @@ public:
 
     /// A line for people on standard error: what is being done, what is to be done next.
     void note(std::string_view line);
+    /// A note for programs: the document on one line, its bytes as `printJson` gives them.
+    void noteJson(Json const& document);
     /// A note that only a person at a terminal needs, while something takes its time.
     void hint(std::string_view line);
     void warn(std::string_view text);

@@ -100,7 +100,7 @@ DiagnosisCheck checkFolder(std::string const& name, std::string const& folder)
         existing = std::filesystem::path(existing).parent_path().string();
     if (::access(existing.c_str(), W_OK | X_OK) == 0)
         return { name, Outcome::ok, folder, {} };
-    return { name, Outcome::fail, existing + " cannot be written: " + describeErrno(errno),
+    return { name, Outcome::fail, existing + " cannot be written: " + describeErrno(errno) + ".",
         "Give yourself the right to write there, or choose another HOME." };
 }
 

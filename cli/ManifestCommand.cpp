@@ -1,17 +1,27 @@
 #include "cli/Commands.h"
 
-#include "core/base/File.h"
+#include "core/base/Describe.h"
 #include "core/base/WorkerPool.h"
 #include "core/sync/LocalManifest.h"
+
+#include <filesystem>
 
 namespace harbor::cli {
 
 namespace {
 
+/// The list of a folder that cannot be read is empty, which alone would not say why.
+void warnOfUnreadable(Console& console, std::string const& root)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator const entries(root, error);
+    if (error)
+        console.warn("There is no folder " + root + " to be read: " + describeErrno(error.value()));
+}
+
 awaitable<void> printManifest(Context& context, std::string root, std::vector<std::string> scopes)
 {
-    if (!fileExists(root))
-        context.console().warn("There is no folder " + root);
+    warnOfUnreadable(context.console(), root);
     auto const stop = context.stopToken();
     auto const build = [&] { return LocalManifest::build(root, scopes, stop); };
     auto const files = co_await callOn(WorkerPool::executor(), build);
@@ -38,7 +48,7 @@ void addManifestCommand(CLI::App& program, Context& context)
         = *program.add_subcommand("manifest", "List the files of a folder with their hashes, as JSON");
     auto const root = std::make_shared<std::string>();
     auto const scopes = std::make_shared<std::vector<std::string>>();
-    command.add_option("ROOT", *root, "Folder that holds themes, plugins and uploads")->required();
+    addRootArgument(command, *root, "Folder that holds themes, plugins and uploads");
     command.add_option("--scope", *scopes, "List only this folder; repeatable")
         ->type_name("themes|plugins|uploads|all")
         ->check(CLI::IsMember({ "themes", "plugins", "uploads", "all" }))

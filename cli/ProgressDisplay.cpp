@@ -92,7 +92,7 @@ private:
             return;
         auto const& line = progress_.logs().back();
         if (console_->json)
-            console_->note(compactJson(Json { { "log", line } }));
+            console_->noteJson({ { "log", line } });
         else
             console_->note(withoutControlSequences(line));
     }
@@ -113,7 +113,7 @@ private:
     void draw()
     {
         if (console_->json)
-            console_->note(compactJson(stateOf(progress_)));
+            console_->noteJson(stateOf(progress_));
         else if (console_->canShowLiveLine())
             console_->setLiveLine(progress_.isActive() ? liveLine(progress_, console_->width()) : "");
     }

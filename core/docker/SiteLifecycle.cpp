@@ -146,13 +146,21 @@ awaitable<void> SiteLifecycle::remove(Site site, bool deleteFiles)
     return runOn(executor_, destroy(std::move(site), deleteFiles));
 }
 
+/// Whether the slug is one plain name. A list of sites that was damaged or edited by hand can hold any text
+/// there, and an empty one or ".." would name the folders of all sites.
+static bool hasFolderOfItsOwn(Site const& site)
+{
+    return !site.slug.empty() && site.slug != "." && site.slug != ".."
+        && site.slug.find('/') == std::string::npos;
+}
+
 awaitable<void> SiteLifecycle::destroy(Site site, bool deleteFiles)
 {
     // Compose finds a project's containers by their labels, so a site whose folder is gone can be removed
     // from anywhere that holds no Compose file.
     auto const folder = fileExists(site.siteDirectory()) ? site.siteDirectory() : std::string("/");
     co_await docker_.destroy(folder, site.composeProjectName());
-    if (!deleteFiles)
+    if (!deleteFiles || !hasFolderOfItsOwn(site))
         co_return;
     std::error_code ignored;  // A folder that stays behind costs nothing; the deletion itself has succeeded.
     std::filesystem::remove_all(site.siteDirectory(), ignored);

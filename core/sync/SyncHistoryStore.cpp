@@ -2,7 +2,9 @@
 
 #include "core/base/AtomicFile.h"
 #include "core/base/File.h"
+#include "core/base/FileLock.h"
 #include "core/base/NotificationCenter.h"
+#include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
 
 #include <algorithm>
@@ -42,13 +44,26 @@ void writeJournal(std::vector<SyncHistoryEntry> const& entries, Site const& site
     }
 }
 
+/// The application and the command line can record at the same time. Without the folder there is no lock, and
+/// no journal either.
+std::optional<FileLock> lockJournal(Site const& site)
+{
+    try {
+        return FileLock::take(journalPath(site) + ".lock");
+    } catch (FileError const&) {
+        return std::nullopt;
+    }
+}
+
 awaitable<void> recordNow(SyncHistoryEntry entry, Site site)
 {
+    auto lock = lockJournal(site);
     auto entries = readJournal(site);
     entries.insert(entries.begin(), std::move(entry));
     if (entries.size() > mostEntries)
         entries.resize(mostEntries);
     writeJournal(entries, site);
+    lock.reset();
     NotificationCenter::shared().post(TWKBSyncHistoryDidChange, site.id.text());
     co_return;
 }
@@ -115,10 +130,10 @@ SyncHistoryEntry SyncHistoryEntry::succeeded(
 }
 
 SyncHistoryEntry SyncHistoryEntry::failed(
-    SyncOperationKind kind, std::string summary, std::string errorMessage)
+    SyncOperationKind kind, std::string summary, std::string_view errorMessage)
 {
     auto entry = makeEntry(kind, std::move(summary));
-    entry.errorMessage = std::move(errorMessage);
+    entry.errorMessage = unicode::decodeReplacing(errorMessage);  // It can name a file that is not UTF-8.
     return entry;
 }
 

@@ -28,7 +28,8 @@ struct SyncHistoryEntry {
 
     static SyncHistoryEntry succeeded(
         SyncOperationKind kind, std::string summary, std::optional<std::string> backupID = {});
-    static SyncHistoryEntry failed(SyncOperationKind kind, std::string summary, std::string errorMessage);
+    static SyncHistoryEntry failed(
+        SyncOperationKind kind, std::string summary, std::string_view errorMessage);
 };
 
 Json toJson(SyncHistoryEntry const& entry);

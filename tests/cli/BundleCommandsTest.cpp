@@ -155,12 +155,14 @@ TEST_F(BundleCommandsTest, createDoesNotReplaceADevice)
     EXPECT_TRUE(std::filesystem::is_fifo(bundle));
 }
 
-TEST_F(BundleCommandsTest, aMissingWordIsWrongUsage)
+TEST_F(BundleCommandsTest, aMissingWordOrAnEmptyFolderIsWrongUsage)
 {
     EXPECT_EQ(twkb({ "bundle" }).exitCode, 2);
     EXPECT_EQ(twkb({ "bundle", "create", bundle, root }).exitCode, 2);
     EXPECT_EQ(twkb({ "bundle", "list" }).exitCode, 2);
     EXPECT_EQ(twkb({ "bundle", "extract", bundle }).exitCode, 2);
+    EXPECT_EQ(twkb({ "bundle", "create", bundle, "", "etc/hostname" }).exitCode, 2);
+    EXPECT_EQ(twkb({ "bundle", "extract", bundle, "" }).exitCode, 2);
     EXPECT_FALSE(fileExists(bundle));
 }
 

@@ -60,6 +60,12 @@ TEST_F(Doctor, namesFoldersWithoutASite)
     EXPECT_TRUE(check("Folder shop").is_null());
 }
 
+TEST_F(Doctor, tellsOfAFolderWhoseNameIsNotUtf8)
+{
+    createDirectories(docker.home.path() + "/TallowickHarbor/sites/caf\xe9");
+    EXPECT_EQ(check("Folder caf\uFFFD")["outcome"], "warn");
+}
+
 TEST_F(Doctor, theCureForASiteWithoutAFolderWorks)
 {
     auto const site = addSite("Shop");

@@ -35,7 +35,7 @@ awaitable<int> showProgress(Context& context)
     // Long enough for the display to draw by itself.
     asio::steady_timer timer(context.mainThread(), std::chrono::milliseconds(300));
     co_await timer.async_wait(asio::use_awaitable);
-    progress.log("To upload: 3 files");
+    progress.log("To upload: 3 files, one of them caf\xe9.jpg");
     progress.setPhase(Phase::complete);
     context.console().print("done");
     co_return ExitCode::done;

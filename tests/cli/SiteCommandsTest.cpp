@@ -98,6 +98,16 @@ TEST_F(SiteCommands, createPrintsTheRecordAsJson)
     EXPECT_EQ(json["localURL"], storedSites().at(0).localURL());
 }
 
+TEST_F(SiteCommands, aFolderWhoseNameIsNotUtf8HasAJsonFormAllTheSame)
+{
+    ScopedVariable const home("HOME", docker.home.path() + "/caf\xe9");
+    addSite("Shop");
+    auto const result = twkb({ "site", "list", "--no-status", "--json" });
+    ASSERT_EQ(result.exitCode, 0) << result.stderr;
+    EXPECT_EQ(parseJson(result.stdout)[0]["siteDirectory"],
+        docker.home.path() + "/caf\uFFFD/TallowickHarbor/sites/shop");
+}
+
 TEST_F(SiteCommands, createRefusesATakenName)
 {
     addSite("My Shop");

@@ -99,6 +99,16 @@ TEST_F(OnATerminal, coloursAppearAndHonourNoColor)
     EXPECT_THAT(uncoloured.screen(), Not(HasSubstr("\x1b")));
 }
 
+TEST_F(OnATerminal, anErrorOfAnotherProgramCannotDriveIt)
+{
+    addSite("Shop");
+    docker.answer(" down", 1, "", "no \x1b]0;title\x07network\x1b[2J");
+    Terminal twkb(HARBOR_TWKB, { "site", "stop", "shop" });
+    EXPECT_EQ(twkb.wait(), 1);
+    EXPECT_THAT(twkb.screen(), StartsWith("twkb: Docker command failed: no network\r\n"));
+    EXPECT_THAT(CommandLineTest::twkb({ "site", "stop", "shop" }).stderr, HasSubstr("network\x1b[2J"));
+}
+
 TEST_F(OnATerminal, aSecretDoesNotShow)
 {
     Terminal probe(HARBOR_CLI_PROBE, { "secret" });
@@ -116,7 +126,7 @@ TEST_F(OnATerminal, progressIsOneLiveLineBelowTheLog)
         HasSubstr(std::string(eraseLine)
             + "Syncing files...  [#####               ]  25%  1/4 files  1 MB of 4 MB  "
               "themes/harbor/style.css"));
-    EXPECT_THAT(probe.screen(), ContainsRegex("\\] To upload: 3 files\r\n"));
+    EXPECT_THAT(probe.screen(), ContainsRegex("\\] To upload: 3 files, one of them caf[^j]*jpg\r\n"));
     EXPECT_THAT(probe.screen(), EndsWith(std::string(eraseLine) + "done\r\n"));
 }
 
@@ -125,14 +135,15 @@ TEST_F(OnATerminal, aDumbTerminalGetsOnlyTheLogLines)
     ScopedVariable const dumb("TERM", "dumb");
     Terminal probe(HARBOR_CLI_PROBE, { "progress" });
     EXPECT_EQ(probe.wait(), 0);
-    EXPECT_THAT(probe.screen(), MatchesRegex("\\[..:..:..\\] To upload: 3 files\r\ndone\r\n"));
+    EXPECT_THAT(probe.screen(),
+        MatchesRegex("\\[..:..:..\\] To upload: 3 files, one of them caf[^j]*jpg\r\ndone\r\n"));
 }
 
 TEST_F(OnATerminal, elsewhereProgressIsOnlyTheLogLines)
 {
     auto const result = probe({ "progress" });
     EXPECT_EQ(result.stdout, "done\n");
-    EXPECT_THAT(result.stderr, MatchesRegex("\\[..:..:..\\] To upload: 3 files\n"));
+    EXPECT_THAT(result.stderr, MatchesRegex("\\[..:..:..\\] To upload: 3 files, one of them caf[^j]*jpg\n"));
     EXPECT_EQ(probe({ "progress", "--quiet" }).stderr, "");
 }
 
@@ -149,7 +160,8 @@ TEST_F(OnATerminal, jsonProgressIsOneObjectALine)
     EXPECT_EQ(objects[0]["phase"], "Syncing files...");
     EXPECT_EQ(objects[1]["fraction"], 0.25);
     EXPECT_EQ(objects[1]["currentFile"], "themes/harbor/style.css");
-    EXPECT_THAT(objects[2]["log"].get<std::string>(), EndsWith("To upload: 3 files"));
+    EXPECT_THAT(
+        objects[2]["log"].get<std::string>(), EndsWith("To upload: 3 files, one of them caf\uFFFD.jpg"));
     EXPECT_EQ(objects[3]["phase"], "Complete");
 }
 

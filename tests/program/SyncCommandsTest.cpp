@@ -92,6 +92,22 @@ TEST_F(SyncCommands, manifestOfAFolderThatIsMissingIsAnEmptyArrayAndAWarning)
     EXPECT_THAT(result.stderr, HasSubstr("There is no folder " + root + "/missing"));
 }
 
+TEST_F(SyncCommands, manifestOfAFileIsAnEmptyArrayAndAWarning)
+{
+    writeFile(root + "/themes/a.css", "a");
+    auto const result = twkb({ "manifest", root + "/themes/a.css" });
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(parseJson(result.stdout), Json::array());
+    EXPECT_THAT(result.stderr, HasSubstr("a.css to be read: Not a directory\n"));
+}
+
+TEST_F(SyncCommands, manifestOfAnEmptyPathIsWrongUsageAndNotTheWholeSystem)
+{
+    auto const result = twkb({ "manifest", "" });
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.stdout, "");
+}
+
 TEST_F(SyncCommands, manifestRefusesAScopeThatIsNone)
 {
     EXPECT_EQ(twkb({ "manifest", root, "--scope", "posts" }).exitCode, 2);

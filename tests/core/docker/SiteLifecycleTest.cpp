@@ -308,6 +308,16 @@ TEST_F(SiteLifecycleTest, deletingWithFilesRemovesTheFolder)
     EXPECT_FALSE(fileExists(folderOf("x")));
 }
 
+TEST_F(SiteLifecycleTest, deletingASiteWithADamagedSlugKeepsTheFoldersOfTheOthers)
+{
+    auto odd = create("x");
+    for (auto const* slug : { "", ".", "..", "../sites", "x/.." }) {
+        odd.slug = slug;
+        runToEnd(context, lifecycle.remove(odd, true));
+        EXPECT_TRUE(fileExists(folderOf("x") + "/docker-compose.yml")) << slug;
+    }
+}
+
 TEST_F(SiteLifecycleTest, deletingWithoutFilesKeepsTheFolder)
 {
     auto const site = create("x");

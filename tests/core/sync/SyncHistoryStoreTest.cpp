@@ -2,6 +2,7 @@
 
 #include "core/base/AtomicFile.h"
 #include "core/base/File.h"
+#include "core/base/FileLock.h"
 #include "core/base/NotificationCenter.h"
 #include "tests/support/RunToEnd.h"
 #include "tests/support/TemporaryHome.h"
@@ -9,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include <set>
+#include <thread>
 
 namespace harbor {
 namespace {
@@ -177,6 +179,29 @@ TEST_F(SyncHistoryStoreTest, manyRecordsAtOnceLoseNoEntry)
     for (auto const& one : entries())
         kept.insert(one.summary);
     EXPECT_EQ(kept, summaries);
+}
+
+TEST_F(SyncHistoryStoreTest, anErrorThatNamesAFileInAnotherEncodingIsKept)
+{
+    record(SyncHistoryEntry::failed(SyncOperationKind::filesPull, "x", "No space left: /caf\xe9/a"));
+    ASSERT_THAT(entries(), SizeIs(1));
+    EXPECT_EQ(entries()[0].errorMessage, "No space left: /caf\uFFFD/a");
+}
+
+TEST_F(SyncHistoryStoreTest, anEntryThatAnotherProcessIsWritingStays)
+{
+    auto lock = std::optional(FileLock::take(journal() + ".lock"));
+    spawn(context.get_executor(), store.record(entry("ours"), site));
+    std::jthread recording([&] { context.run(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // Long enough for what would not wait.
+    writeJournal(prettyJson(Json::array({ toJson(entry("theirs")) })));
+    lock.reset();
+    recording.join();
+
+    auto const kept = entries();
+    ASSERT_THAT(kept, SizeIs(2));
+    EXPECT_EQ(kept[0].summary, "ours");
+    EXPECT_EQ(kept[1].summary, "theirs");
 }
 
 TEST_F(SyncHistoryStoreTest, datesHaveWholeSeconds)
