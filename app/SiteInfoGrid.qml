@@ -36,16 +36,17 @@ Rectangle {
         InfoLabel { Layout.preferredWidth: 1; label: "HTTPS Port"; text: root.site.httpsPort; Layout.fillWidth: true }
         InfoLabel { Layout.preferredWidth: 1; label: "MySQL Port"; text: root.site.mysqlPort; Layout.fillWidth: true }
         InfoLabel { Layout.preferredWidth: 1; label: "Web Server"; text: root.site.webServerName; Layout.fillWidth: true }
-        InfoLabel { Layout.preferredWidth: 1; label: "PHP Version"; text: "PHP " + root.site.phpVersion; Layout.fillWidth: true }
-        InfoLabel { Layout.preferredWidth: 1; label: "Created"; text: root.site.created; Layout.fillWidth: true }
+        InfoLabel { Layout.preferredWidth: 2; label: "PHP Version"; text: "PHP " + root.site.phpVersion; Layout.fillWidth: true; Layout.columnSpan: 2 }
         InfoLabel {
             objectName: "info.certificate"
             label: "TLS Cert"
             text: root.view.certText
             symbol: root.view.certSymbol
             symbolColor: Theme.gray
-            Layout.columnSpan: 3
+            Layout.columnSpan: 2
             Layout.fillWidth: true
+            Layout.preferredWidth: 2
         }
+        InfoLabel { Layout.preferredWidth: 1; label: "Created"; text: root.site.created; Layout.fillWidth: true }
     }
 }

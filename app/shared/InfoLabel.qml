@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import Harbor
 
 /// A label with its value, which can be selected. With `clickable` the value is a link.
-ColumnLayout {
+Block {
     id: root
 
     required property string label
@@ -15,6 +15,7 @@ ColumnLayout {
     signal activated
 
     spacing: 2
+    Layout.alignment: Qt.AlignTop
 
     PlainLabel { text: root.label; color: Theme.secondary; font.pointSize: Theme.small }
     RowLayout {
@@ -23,31 +24,24 @@ ColumnLayout {
 
         Symbol { visible: root.symbol !== ""; name: root.symbol; color: root.symbolColor }
         CopyableText {
-            visible: !root.clickable
             text: root.text
             wrapMode: Text.Wrap
-            Layout.fillWidth: true
-        }
-        PlainLabel {
-            id: link
-
-            visible: root.clickable
-            text: root.text
-            elide: Text.ElideMiddle
-            color: Theme.accent
-            font.underline: hover.hovered || activeFocus
+            color: root.clickable ? Theme.accent : Theme.text
+            font.underline: root.clickable && (hover.hovered || activeFocus)
             activeFocusOnTab: root.clickable
+            accessibleName: root.clickable ? root.label + ": " + root.text : root.text
             Layout.fillWidth: true
-            Layout.maximumWidth: implicitWidth + 1
-            Accessible.role: Accessible.Link
-            Accessible.name: root.label + ": " + root.text
-            Accessible.onPressAction: root.activated()
+            Layout.maximumWidth: root.clickable ? implicitWidth + 1 : Number.POSITIVE_INFINITY
+            Accessible.role: root.clickable ? Accessible.Link : Accessible.StaticText
+            Accessible.onPressAction: if (root.clickable) root.activated()
+            Keys.enabled: root.clickable
             Keys.onReturnPressed: root.activated()
             Keys.onEnterPressed: root.activated()
             Keys.onSpacePressed: root.activated()
 
-            HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
-            TapHandler { onTapped: root.activated() }
+            HoverHandler { id: hover; enabled: root.clickable; cursorShape: Qt.PointingHandCursor }
+            // A drag selects, a tap presses.
+            TapHandler { enabled: root.clickable; onTapped: root.activated() }
         }
     }
 }
