@@ -24,20 +24,11 @@ Item {
             height: width
             radius: width / 2
             color: root.color
-            opacity: 0.15 + 0.85 * ((index + 8 - spin.step) % 8) / 7
+            opacity: 0.15 + 0.85 * ((index + 7 * beat.count) % 8) / 7
             x: (root.size - width) / 2 * (1 + Math.sin(angle))
             y: (root.size - width) / 2 * (1 - Math.cos(angle))
         }
     }
 
-    Timer {
-        id: spin
-
-        property int step: 7
-
-        interval: 100
-        repeat: true
-        running: root.visible
-        onTriggered: step = (step + 7) % 8
-    }
+    Beat { id: beat; running: true }
 }
