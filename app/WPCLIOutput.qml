@@ -46,7 +46,7 @@ Block {
     }
     PlainLabel {
         objectName: "wpcli.noOutput"
-        visible: root.view.lines.count === 0
+        visible: root.view.isOutputEmpty
         text: "(no output)"
         color: Theme.secondary
         font { family: Theme.monospace; pointSize: Theme.small }

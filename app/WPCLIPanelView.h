@@ -41,6 +41,7 @@ class WPCLIPanelView : public QObject, public std::enable_shared_from_this<WPCLI
     Q_PROPERTY(bool canRun READ canRun NOTIFY canRunChanged)
     Q_PROPERTY(QString lastCommand READ lastCommand NOTIFY outputChanged)
     Q_PROPERTY(bool hasOutput READ hasOutput NOTIFY outputChanged)
+    Q_PROPERTY(bool isOutputEmpty READ isOutputEmpty NOTIFY outputChanged)
     Q_PROPERTY(int exitCode READ exitCode NOTIFY outputChanged)
     Q_PROPERTY(harbor::LineModel* lines READ lines CONSTANT)
     Q_PROPERTY(QStringList history READ history NOTIFY historyChanged)
@@ -65,8 +66,10 @@ public:
     QString lastCommand() const { return lastCommand_; }
     std::optional<ShellResult> const& output() const { return output_; }
     bool hasOutput() const { return output_.has_value(); }
+    /// Not a byte came. Line breaks alone are output, though nothing shows of them.
+    bool isOutputEmpty() const { return output_ && output_->stdout.empty() && output_->stderr.empty(); }
     int exitCode() const { return output_ ? output_->exitCode : 0; }
-    /// What the block below the command shows: rows are `LogLine`, none means that there was no output.
+    /// What the block below the command shows: rows are `LogLine`.
     LineModel* lines() { return &lines_; }
     QStringList history() const { return history_; }
     static QList<QuickAction> quickActions();
