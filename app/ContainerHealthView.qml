@@ -8,13 +8,15 @@ Panel {
 
     required property RowModel containers
     required property bool isLoading
+    /// False until the list was read once: an empty one means nothing before.
+    property bool hasLoaded: true
 
     heading: "Containers"
     trailing: Spinner { visible: root.isLoading }
 
     PlainLabel {
         objectName: "containers.empty"
-        visible: root.containers.count === 0 && !root.isLoading
+        visible: root.containers.count === 0 && root.hasLoaded && !root.isLoading
         text: "No containers running"
         color: Theme.secondary
     }

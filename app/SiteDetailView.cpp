@@ -66,6 +66,7 @@ awaitable<void> SiteDetailView::loadContainers(Self self)
     for (auto const& container : containers)
         rows.append({ toQt(container.Name), QVariant::fromValue(containerValue(container)) });
     self->containers_.assign(rows);
+    self->hasLoadedContainers_ = true;
     self->setLoadingContainers(false);
 }
 

@@ -44,6 +44,7 @@ class SiteDetailView : public QObject, public std::enable_shared_from_this<SiteD
     Q_PROPERTY(bool showDeleteConfirm READ showDeleteConfirm NOTIFY showDeleteConfirmChanged)
     Q_PROPERTY(harbor::RowModel* containers READ containers CONSTANT)
     Q_PROPERTY(bool isLoadingContainers READ isLoadingContainers NOTIFY isLoadingContainersChanged)
+    Q_PROPERTY(bool hasLoadedContainers READ hasLoadedContainers NOTIFY isLoadingContainersChanged)
     Q_PROPERTY(QString certText READ certText NOTIFY certStatusChanged)
     Q_PROPERTY(QString certSymbol READ certSymbol NOTIFY certStatusChanged)
     Q_PROPERTY(harbor::SiteLogsView* logs READ logs NOTIFY panelsChanged)
@@ -81,6 +82,8 @@ public:
     /// Rows are `ContainerValue`.
     RowModel* containers() { return &containers_; }
     bool isLoadingContainers() const { return isLoadingContainers_; }
+    /// Once they were read; an empty list says nothing before.
+    bool hasLoadedContainers() const { return hasLoadedContainers_; }
     /// Both empty until the certificate was read.
     QString certText() const;
     QString certSymbol() const;
@@ -124,6 +127,7 @@ private:
     bool showDeleteConfirm_ = false;
     RowModel containers_;
     bool isLoadingContainers_ = false;
+    bool hasLoadedContainers_ = false;
     std::optional<SSLCertStatus> certStatus_;
     std::shared_ptr<SiteLogsView> logs_;
     std::shared_ptr<WPCLIPanelView> wpCLI_;

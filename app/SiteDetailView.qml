@@ -121,6 +121,7 @@ Item {
                     ContainerHealthView {
                         containers: root.view.containers
                         isLoading: root.view.isLoadingContainers
+                        hasLoaded: root.view.hasLoadedContainers
                         Layout.fillWidth: true
                         Layout.leftMargin: Theme.huge
                         Layout.rightMargin: Theme.huge
@@ -221,14 +222,18 @@ Item {
     }
 
     ConfirmDialog {
+        /// As it was asked, whatever the site is called meanwhile.
+        property string siteName
+
         objectName: "detail.confirmDelete"
         shown: root.view.showDeleteConfirm
-        heading: "Delete " + root.view.site.name + "?"
+        heading: "Delete " + siteName + "?"
         message: "This will stop the site and remove its Docker containers."
         answers: [
             { title: "Delete (keep files)" },
             { title: "Delete everything", destructive: true },
         ]
+        onAboutToShow: siteName = root.view.site.name
         onAnswered: index => root.view.confirmDelete(index === 1)
         onDismissed: root.view.cancelDelete()
     }
