@@ -15,6 +15,12 @@ RowLayout {
 
     height: 44
     spacing: Theme.space
+    // One takes the place of the other, and the keys with it: a button that is hidden would still be pressed.
+    onIsRunningChanged: {
+        const keys = Window.activeFocusItem
+        if (keys === openButton || keys === stopButton || keys === startButton)
+            (isRunning ? stopButton : startButton).forceActiveFocus(keys.focusReason)
+    }
 
     StatusBadge { status: root.site.status; Layout.leftMargin: Theme.tight }
     ColumnLayout {
@@ -30,6 +36,8 @@ RowLayout {
         PlainLabel { text: ":" + root.site.httpPort; color: Theme.secondary; font.pointSize: Theme.small }
     }
     IconButton {
+        id: openButton
+
         visible: root.isRunning
         symbol: "globe"
         help: "Open in Browser"
@@ -37,6 +45,8 @@ RowLayout {
         onActivated: root.openBrowserRequested()
     }
     IconButton {
+        id: stopButton
+
         visible: root.isRunning
         symbol: "stop.fill"
         help: "Stop"
@@ -44,6 +54,8 @@ RowLayout {
         onActivated: root.stopRequested()
     }
     IconButton {
+        id: startButton
+
         visible: !root.isRunning
         symbol: "play.fill"
         help: "Start"

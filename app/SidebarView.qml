@@ -82,6 +82,13 @@ Rectangle {
                 }
                 return -1
             }
+            // The row of the selection shows who has the keys; without one the list does.
+            FocusRing {
+                parent: list
+                control: list
+                visible: list.activeFocus && !root.view.app.selectedSiteID
+                anchors.margins: 0
+            }
             Keys.onUpPressed: choose(Math.max(0, selectedIndex() - 1))
             Keys.onDownPressed: choose(Math.min(count - 1, selectedIndex() + 1))
 

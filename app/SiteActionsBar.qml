@@ -17,8 +17,16 @@ RowLayout {
     signal openWPAdminRequested
 
     spacing: Theme.space
+    // One takes the place of the other, and the keys with it: a button that is hidden would still be pressed.
+    onIsRunningChanged: {
+        const before = isRunning ? startButton : stopButton
+        if (before.activeFocus)
+            (isRunning ? stopButton : startButton).forceActiveFocus(before.focusReason)
+    }
 
     ActionButton {
+        id: stopButton
+
         objectName: "actions.stop"
         visible: root.isRunning
         title: "Stop"
@@ -27,6 +35,8 @@ RowLayout {
         onActivated: root.stopRequested()
     }
     ActionButton {
+        id: startButton
+
         objectName: "actions.start"
         visible: !root.isRunning
         title: "Start"

@@ -81,7 +81,13 @@ Rectangle {
         Keys.onUpPressed: event => root.moveSelection(-1, event.modifiers & Qt.ShiftModifier)
         Keys.onDownPressed: event => root.moveSelection(1, event.modifiers & Qt.ShiftModifier)
         Keys.onPressed: event => {
-            if (event.matches(StandardKey.Copy) && root.firstSelected >= 0) {
+            const extend = event.modifiers & Qt.ShiftModifier
+            const page = Math.max(1, Math.floor(list.height / metrics.height) - 1)
+            const steps = { [Qt.Key_PageUp]: -page, [Qt.Key_PageDown]: page, [Qt.Key_Home]: -list.count, [Qt.Key_End]: list.count }
+            if (event.key in steps) {
+                root.moveSelection(steps[event.key], extend)
+                event.accepted = true
+            } else if (event.matches(StandardKey.Copy) && root.firstSelected >= 0) {
                 root.copyRequested(root.firstSelected, root.lastSelected)
                 event.accepted = true
             } else if (event.matches(StandardKey.SelectAll)) {
