@@ -161,6 +161,131 @@ TEST_F(Flows, escapeClosesTheQuestion)
     EXPECT_TRUE(waitUntil([this] { return !detail().showDeleteConfirm(); }));
 }
 
+TEST_F(Flows, theQuestionKeepsTheNameThatItAskedFor)
+{
+    auto site = addSite("Bakery");
+    app->select(site.id);
+    open();
+    click("detail.delete");
+    ASSERT_TRUE(waitUntil([this] { return isShown("detail.confirmDelete.title"); }));
+    site.name = "Renamed";
+    app->siteStore().update(site);
+    EXPECT_EQ(textOf("detail.name"), text("Renamed"));
+    EXPECT_EQ(textOf("detail.confirmDelete.title"), text("Delete Bakery?"));
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(waitUntil([this] { return !isShown("detail.confirmDelete.title"); }));
+    click("detail.delete");
+    EXPECT_TRUE(
+        waitUntil([this] { return textOf("detail.confirmDelete.title") == text("Delete Renamed?"); }));
+}
+
+TEST_F(Flows, theKeysReturnToTheControlThatOpenedASheet)
+{
+    app->select(addSite("Bakery").id);
+    open();
+    struct Opener {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        char const* sheet;
+    };
+    for (auto const& [key, modifiers, sheet] :
+        { Opener { Qt::Key_Space, Qt::NoModifier, "detail.confirmDelete.cancel" },
+            Opener { Qt::Key_N, Qt::ControlModifier, "createSite.create" } }) {
+        find(text("detail.delete"))->forceActiveFocus(Qt::TabFocusReason);
+        press(key, modifiers);
+        ASSERT_TRUE(waitUntil([&] { return isShown(sheet) && focusedName() != text("detail.delete"); }));
+        press(Qt::Key_Escape);
+        ASSERT_TRUE(waitUntil([&] { return !isShown(sheet); }));
+        EXPECT_EQ(focusedName(), text("detail.delete")) << sheet;
+    }
+}
+
+TEST_F(Flows, theKeysGoOnFromStartToStopAndBack)
+{
+    app->select(addSite("Bakery").id);
+    open();
+    find(text("actions.start"))->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return isShown("actions.stop"); }));
+    EXPECT_EQ(focusedName(), text("actions.stop"));
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return isShown("actions.start"); }));
+    EXPECT_EQ(focusedName(), text("actions.start"));
+}
+
+TEST_F(Flows, thePathOfASiteIsALinkThatCanBeSelected)
+{
+    auto const site = addSite("Bakery");
+    app->select(site.id);
+    open();
+    window()->grabWindow();
+    runEvents();
+    QQuickItem* path = nullptr;
+    for (auto* const item : visibleItems(find(text("info.siteDirectory")))) {
+        if (item->inherits("QQuickTextEdit"))
+            path = item;
+    }
+    ASSERT_TRUE(path);
+    EXPECT_EQ(path->property("lineCount").toInt(), 1);
+    EXPECT_LT(path->height(), 30) << "no room is left for lines that are not there";
+    auto const at = [&](double x) { return path->mapToScene({ x, path->height() / 2 }).toPoint(); };
+    QTest::mousePress(window(), Qt::LeftButton, {}, at(2));
+    for (auto const x : { 30, 60, 90 })
+        QTest::mouseMove(window(), at(x));
+    QTest::mouseRelease(window(), Qt::LeftButton, {}, at(90));
+    EXPECT_FALSE(path->property("selectedText").toString().isEmpty());
+    EXPECT_TRUE(desktop.shownFolders.isEmpty());
+
+    QTest::mouseClick(window(), Qt::LeftButton, {}, at(20));
+    EXPECT_EQ(desktop.shownFolders.size(), 1);
+    press(Qt::Key_Return);
+    EXPECT_EQ(desktop.shownFolders, QStringList({ toQt(site.siteDirectory()), toQt(site.siteDirectory()) }));
+}
+
+TEST_F(Flows, containersAreNotCalledMissingBeforeTheyWereRead)
+{
+    auto const site = addSite("Bakery");
+    docker.setContainers(site.composeProjectName(), FakeDocker::container("wordpress"));
+    open();
+    docker.hold("ps");
+    app->select(site.id);
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.command"); }));
+    EXPECT_FALSE(isShown("containers.empty"));
+    docker.setContainers(site.composeProjectName(), "");
+    app->setStatus(site.id, SiteStatus::running);
+    docker.release("ps");
+    ASSERT_TRUE(waitUntil([this] { return !detail().certText().isEmpty(); }));
+    app->setStatus(site.id, SiteStatus::running);
+    EXPECT_TRUE(waitUntil([this] { return isShown("containers.empty"); }));
+}
+
+TEST_F(Flows, aTransitionalStatePulsesByTheOneBeat)
+{
+    auto const site = addSite("Bakery");
+    app->select(site.id);
+    open();
+    Appearance::shared().setAnimated(true);
+    QQmlComponent component(qmlEngine(window()));
+    component.setData("import QtQuick; import Harbor; QtObject { property QtObject ticker: Ticker }", {});
+    std::unique_ptr<QObject> const holder(component.create());
+    ASSERT_TRUE(holder) << qPrintable(component.errorString());
+    auto* const ticker = holder->property("ticker").value<QObject*>();
+    auto const opacity = [this] { return find(text("detail.badge"))->opacity(); };
+    for (auto const status : { SiteStatus::starting, SiteStatus::stopping }) {
+        app->setStatus(site.id, status);
+        auto const begin = ticker->property("beat").toInt();
+        EXPECT_EQ(ticker->property("listeners").toInt(), 2) << "in the list and in the header";
+        ticker->setProperty("beat", begin + 7);
+        EXPECT_NEAR(opacity(), 0.3, 0.001);
+        ticker->setProperty("beat", begin + 14);
+        EXPECT_NEAR(opacity(), 1, 0.001);
+        app->setStatus(site.id, SiteStatus::stopped);
+        EXPECT_EQ(ticker->property("listeners").toInt(), 0);
+        EXPECT_EQ(opacity(), 1);
+    }
+    Appearance::shared().setAnimated(false);
+}
+
 TEST_F(Flows, logsPauseAndResumeAndClear)
 {
     openWithRunningSite();
@@ -190,6 +315,13 @@ TEST_F(Flows, selectedLogLinesAreCopiedByKeys)
     press(Qt::Key_A, Qt::ControlModifier);
     press(Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(desktop.clipboard, text("one\ntwo\nthree"));
+    press(Qt::Key_Home);
+    press(Qt::Key_Down, Qt::ShiftModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(desktop.clipboard, text("one\ntwo"));
+    press(Qt::Key_PageDown);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(desktop.clipboard, text("three"));
 }
 
 TEST_F(Flows, aCommandRunsByReturnAndItsOutputShows)
@@ -216,6 +348,14 @@ TEST_F(Flows, aCommandRunsByReturnAndItsOutputShows)
     EXPECT_TRUE(waitUntil([this] { return isShown("wpcli.noOutput"); }));
     EXPECT_EQ(textOf("wpcli.noOutput"), text("(no output)"));
     EXPECT_EQ(find(text("wpcli.command"))->property("text").toString(), text("cache flush"));
+
+    docker.answerWPCLI("\n\n", "", 0);
+    click("wpcli.quick4");
+    ASSERT_TRUE(waitUntil([this] { return textOf("wpcli.lastCommand") == text("wp rewrite flush"); }));
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.copy"); }));
+    EXPECT_FALSE(isShown("wpcli.noOutput")) << "there was output, of line breaks";
+    click("wpcli.copy");
+    EXPECT_EQ(desktop.clipboard, text("\n\n"));
 }
 
 TEST_F(Flows, aRefusedCommandShowsInTheSameBlock)

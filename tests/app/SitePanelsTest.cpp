@@ -5,6 +5,10 @@
 
 #include "core/base/AtomicFile.h"
 
+#include <QDate>
+#include <QLocale>
+
+#include <cstdlib>
 #include <filesystem>
 #include <signal.h>
 
@@ -102,6 +106,38 @@ TEST_F(DetailTest, anUnreadableCertificateIsSaidSo)
     EXPECT_EQ(detail->certText(), text("Unreadable — regenerate the site's ssl/ folder"));
     EXPECT_EQ(detail->certSymbol(), text("exclamationmark.shield.fill"));
 }
+
+struct CertificateCase {
+    std::string behaviour;
+    std::string days;  ///< That the certificate is good for.
+    char const* words;
+    char const* symbol;
+};
+
+class DetailOfCertificate : public DetailTest, public testing::WithParamInterface<CertificateCase> { };
+
+TEST_P(DetailOfCertificate, namesTheDay)
+{
+    auto const folder = site.siteDirectory() + "/ssl";
+    createDirectories(folder);
+    auto const script = "cd '" + folder
+        + "' && exec 2>/dev/null && openssl req -x509 -nodes -newkey rsa:2048 -keyout server.key "
+          "-subj /CN=localhost -out new.crt && openssl x509 -in new.crt -signkey server.key -days "
+        + GetParam().days + " -out server.crt";
+    ASSERT_EQ(std::system(script.c_str()), 0);
+    appear();
+    auto const day = QDate::currentDate().addDays(std::stoi(GetParam().days));
+    // The certificate is dated in the second that it was made, which may be yesterday's by now.
+    EXPECT_THAT((QStringList { detail->certText() }),
+        testing::IsSubsetOf({ text(GetParam().words) + QLocale().toString(day, text("d MMM yyyy")),
+            text(GetParam().words) + QLocale().toString(day.addDays(-1), text("d MMM yyyy")) }));
+    EXPECT_EQ(detail->certSymbol(), text(GetParam().symbol));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, DetailOfCertificate,
+    testing::Values(CertificateCase { "installed", "90", "Installed · expires ", "lock.shield.fill" },
+        CertificateCase { "expired", "-1", "Expired ", "exclamationmark.shield.fill" }),
+    [](auto const& test) { return test.param.behaviour; });
 
 TEST_F(DetailTest, aSiteWithAStoppedContainerIsStartingWithARedDot)
 {

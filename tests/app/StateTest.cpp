@@ -64,6 +64,28 @@ TEST_F(AppTest, beginningChecksDockerRefreshesAndThenPolls)
     EXPECT_EQ(app->status(site.id), SiteStatus::stopped);
 }
 
+TEST_F(AppTest, statusesAreAskedForOneAfterTheOtherInTheOrderOfTheList)
+{
+    addSite("One");
+    addSite("Two", 18081);
+    addSite("Three", 18082);
+    docker.hold("ps");
+    auto const ended = std::make_shared<bool>(false);
+    start([](std::shared_ptr<AppState> state, std::shared_ptr<bool> hasEnded) -> awaitable<void> {
+        co_await state->refreshAllStatuses();
+        *hasEnded = true;
+    }(app, ended));
+    ASSERT_TRUE(waitUntil([&] { return docker.wasAsked("-p twkb-one ps"); }));
+    runEvents();
+    EXPECT_FALSE(docker.wasAsked("twkb-two"));
+    docker.release("ps");
+    ASSERT_TRUE(waitUntil([&] { return *ended; }));
+    auto const place = [&](char const* project) { return docker.calls().find(project); };
+    EXPECT_LT(place("twkb-one"), place("twkb-two"));
+    EXPECT_LT(place("twkb-two"), place("twkb-three"));
+    EXPECT_NE(place("twkb-three"), std::string::npos);
+}
+
 TEST_F(AppTest, aStoppedDockerLeavesItsWords)
 {
     docker.setRunning(false);
