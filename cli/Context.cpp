@@ -26,6 +26,12 @@ std::string listed(std::vector<Site> const& sites)
     return result;
 }
 
+bool isIgnored(int signal)
+{
+    struct sigaction action {};
+    return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 /// An action may already fail before its coroutine exists.
 awaitable<int> runAction(Context::Action action) { co_return co_await action(); }
 
@@ -96,7 +102,11 @@ int Context::run()
 {
     std::exception_ptr failure;
     auto code = ExitCode::failed;
-    listenForInterrupts();
+    interrupts_.add(SIGINT);
+    interrupts_.add(SIGTERM);
+    if (!isIgnored(SIGHUP))  // As under nohup.
+        interrupts_.add(SIGHUP);
+    waitForInterrupt();
     asio::co_spawn(io_, runAction(action_), [&](std::exception_ptr const& thrown, int result) {
         failure = thrown;
         code = result;
@@ -112,22 +122,26 @@ int Context::run()
 }
 
 /// The first signal asks for an orderly end, the second one takes it.
-void Context::listenForInterrupts()
+void Context::waitForInterrupt()
 {
-    interrupts_.add(SIGINT);
-    interrupts_.add(SIGTERM);
-    interrupts_.async_wait([this](boost::system::error_code const& error, int) {
+    interrupts_.async_wait([this](boost::system::error_code const& error, int signal) {
         if (error)
             return;
-        stop_.request_stop();
-        patience_.expires_after(noticeDelay);
-        patience_.async_wait([this](boost::system::error_code const&) {
-            console_.note("Stopping at the next safe point; Ctrl-C again ends at once.");
-        });
-        interrupts_.async_wait([](boost::system::error_code const& ended, int) {
-            if (!ended)
-                ::_exit(ExitCode::interrupted);
-        });
+        // Of a terminal that closes, both the system and the shell tell.
+        if (stop_.stop_requested() && signal != SIGHUP)
+            ::_exit(ExitCode::interrupted);
+        if (!stop_.stop_requested())
+            stopInOrder();
+        waitForInterrupt();
+    });
+}
+
+void Context::stopInOrder()
+{
+    stop_.request_stop();
+    patience_.expires_after(noticeDelay);
+    patience_.async_wait([this](boost::system::error_code const&) {
+        console_.note("Stopping at the next safe point; Ctrl-C again ends at once.");
     });
 }
 

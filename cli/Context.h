@@ -82,7 +82,8 @@ public:
     int run();
 
 private:
-    void listenForInterrupts();
+    void waitForInterrupt();
+    void stopInOrder();
     int exitCodeAfter(std::exception_ptr const& failure);
 
     asio::io_context io_ { 1 };

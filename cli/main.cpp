@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -76,7 +77,10 @@ int runProgram(int argumentCount, char** arguments)
     try {
         program.parse(words);
     } catch (CLI::Success const& asked) {  // Help or the version.
-        return program.exit(asked);
+        std::ostringstream text;
+        program.exit(asked, text);
+        context.console().printBytes(text.str());
+        return context.console().finish() ? ExitCode::done : ExitCode::failed;
     } catch (CLI::ParseError const& error) {
         context.console().fail(complaintAbout(program, error));
         context.console().note("Try: twkb help" + wordsOf(program));

@@ -22,6 +22,14 @@ std::string asRoff(std::string text)
 
 TEST_F(Help, theVersionIsOneLine) { EXPECT_EQ(twkb({ "--version" }).stdout, "twkb " HARBOR_VERSION "\n"); }
 
+TEST_F(Help, aFullOutputIsAFailureOfTheVersionToo)
+{
+    auto const line = shellQuoted(HARBOR_TWKB) + " --version > /dev/full";
+    auto const result = runToEnd(context, ShellRunner::shared().run("/bin/sh", { "-c", line }));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.stderr, "twkb: Standard output: No space left on device\n");
+}
+
 TEST_F(Help, nothingAtAllIsWrongUsageAndShowsTheHelp)
 {
     auto const result = twkb({});

@@ -88,6 +88,22 @@ protected:
         return code;
     }
 
+    /// Pushes, sends the signals with the answer that the remote has had enough for some seconds, and gives
+    /// the exit code.
+    int runUntilARateLimit(std::string const& seconds, std::vector<int> const& signals)
+    {
+        std::promise<pid_t> started;
+        auto limited = Fault::rateLimit(seconds);
+        limited.change = [pid = started.get_future().share(), signals](TestReply&) {
+            for (auto const signalNumber : signals)
+                ::kill(pid.get(), signalNumber);
+        };
+        remote->failOn("/manifest", limited);
+        Program program(arguments(Direction::push));
+        started.set_value(program.pid());
+        return program.wait();
+    }
+
     void expectTheNextRunToDoTheRest(Direction direction, Tree const& source)
     {
         empty(home.temporaryDirectory());
@@ -143,17 +159,27 @@ TEST_F(KillSweep, ctrlCEndsTheWaitForARateLimit)
 {
     haveRemote(true);
     writeFile(root + "/themes/a.css", "a");
-    std::promise<pid_t> started;
-    auto limited = Fault::rateLimit("60");
-    limited.change = [pid = started.get_future().share()](TestReply&) { ::kill(pid.get(), SIGINT); };
-    remote->failOn("/manifest", limited);
-
-    Program program(arguments(Direction::push));
-    started.set_value(program.pid());
-
-    EXPECT_EQ(program.wait(), 130);
+    EXPECT_EQ(runUntilARateLimit("60", { SIGINT }), 130);
     EXPECT_EQ(remote->requestsTo("/manifest").size(), 1U);
     EXPECT_TRUE(namesIn(home.temporaryDirectory()).empty());
+}
+
+TEST_F(KillSweep, aPushEndsInOrderWhenItsTerminalCloses)
+{
+    haveRemote(true);
+    writeFile(root + "/themes/a.css", "a");
+    EXPECT_EQ(runUntilARateLimit("60", { SIGHUP, SIGHUP }), 130);
+    EXPECT_TRUE(namesIn(home.temporaryDirectory()).empty());
+}
+
+TEST_F(KillSweep, aPushUnderNohupGoesOnWhenItsTerminalCloses)
+{
+    haveRemote(true);
+    writeFile(root + "/themes/a.css", "a");
+    auto const before = std::signal(SIGHUP, SIG_IGN);
+    EXPECT_EQ(runUntilARateLimit("1", { SIGHUP }), 0);
+    std::signal(SIGHUP, before);
+    EXPECT_EQ(readTree(targetOf(Direction::push)), readTree(sourceOf(Direction::push)));
 }
 
 /// The remote refuses one request of a run after the other.
