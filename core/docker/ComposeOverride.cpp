@@ -10,14 +10,10 @@ namespace harbor {
 namespace {
 
 constexpr std::string_view firstLine = "# Written by Tallowick Harbor, and written again at each start. "
-                                       "Delete this line to keep changes of your "
-                                       "own.\n";
+                                       "Delete this line to keep changes of your own.\n";
 
-// The uid of the user is read from a folder that the program made, so that no number stands in the file.
-// `usermod -u` would chown the whole web root on its way, and Apache's children die under a uid without a
-// passwd entry.
 // clang-format off
-constexpr std::string_view apacheOverride = R"text(services:
+constexpr std::string_view apacheEntrypoint = R"text(services:
   wordpress:
     # The shell of the command deafens Apache to the signal to stop, for ten seconds at each stop of the site: a real
     # init process ends the shell at once.
@@ -29,45 +25,22 @@ constexpr std::string_view apacheOverride = R"text(services:
       - bash
       - -ec
       - |
-        # The site's files belong to whoever created the site: www-data takes that user's numbers.
-        owned=/var/www/html/wp-content/mu-plugins
-        uid=$$(stat -c %u "$$owned" || echo 0)
-        gid=$$(stat -c %g "$$owned" || echo 0)
-        if [ "$$gid" != 0 ]; then
-          sed -i -E "s/^(www-data:[^:]*):[0-9]+:/\1:$$gid:/" /etc/group
-          sed -i -E "s/^(www-data:[^:]*:[0-9]+):[0-9]+:/\1:$$gid:/" /etc/passwd
-        fi
-        if [ "$$uid" != 0 ]; then
-          sed -i -E "s/^(www-data:[^:]*):[0-9]+:/\1:$$uid:/" /etc/passwd
-        fi
-        "$$0" apache2 -v
-        exec "$$0" "$$@"
-      - docker-entrypoint.sh
-
-  mysql:
-    # Dumps are loaded as they are: no line end is changed and no client command is obeyed.
-    volumes:
-      - ./mysql-client.cnf:/etc/mysql/conf.d/harbor-client.cnf:ro
 )text";
 
-constexpr std::string_view nginxOverride = R"text(services:
+constexpr std::string_view apacheStart = R"text(        "$$0" apache2 -v
+        exec "$$0" "$$@"
+      - docker-entrypoint.sh
+)text";
+
+constexpr std::string_view nginxEntrypoint = R"text(services:
   php:
     entrypoint:
       - bash
       - -ec
       - |
-        # The site's files belong to whoever created the site: www-data takes that user's numbers.
-        owned=/var/www/html/wp-content/mu-plugins
-        uid=$$(stat -c %u "$$owned" || echo 0)
-        gid=$$(stat -c %g "$$owned" || echo 0)
-        if [ "$$gid" != 0 ]; then
-          sed -i -E "s/^(www-data:[^:]*):[0-9]+:/\1:$$gid:/" /etc/group
-          sed -i -E "s/^(www-data:[^:]*:[0-9]+):[0-9]+:/\1:$$gid:/" /etc/passwd
-        fi
-        if [ "$$uid" != 0 ]; then
-          sed -i -E "s/^(www-data:[^:]*):[0-9]+:/\1:$$uid:/" /etc/passwd
-        fi
-        # WP-CLI is started as root and goes on as www-data before it loads WordPress.
+)text";
+
+constexpr std::string_view nginxStart = R"text(        # WP-CLI is started as root and goes on as www-data before it loads WordPress.
         cat > /usr/local/lib/harbor-wp-cli.php <<'PHP'
         <?php (function ($$www) {
             posix_getuid() !== 0 || posix_initgroups('www-data', $$www['gid']) && posix_setgid($$www['gid']) && posix_setuid($$www['uid']) || exit(1);
@@ -80,7 +53,25 @@ constexpr std::string_view nginxOverride = R"text(services:
     environment:
       WP_CLI_EARLY_REQUIRE: /usr/local/lib/harbor-wp-cli.php
       WP_CLI_CACHE_DIR: /tmp/wp-cli-cache
+)text";
 
+// The lines of either entrypoint. The uid of the user is read from a folder that the program made, so that no
+// number stands in the file. `usermod -u` would chown the whole web root on its way, and Apache's children die
+// under a uid without a passwd entry.
+constexpr std::string_view takeUsersNumbers = R"text(        # The site's files belong to whoever created the site: www-data takes that user's numbers.
+        owned=/var/www/html/wp-content/mu-plugins
+        uid=$$(stat -c %u "$$owned" || echo 0)
+        gid=$$(stat -c %g "$$owned" || echo 0)
+        if [ "$$gid" != 0 ]; then
+          sed -i -E "s/^(www-data:[^:]*):[0-9]+:/\1:$$gid:/" /etc/group
+          sed -i -E "s/^(www-data:[^:]*:[0-9]+):[0-9]+:/\1:$$gid:/" /etc/passwd
+        fi
+        if [ "$$uid" != 0 ]; then
+          sed -i -E "s/^(www-data:[^:]*):[0-9]+:/\1:$$uid:/" /etc/passwd
+        fi
+)text";
+
+constexpr std::string_view mysqlService = R"text(
   mysql:
     # Dumps are loaded as they are: no line end is changed and no client command is obeyed.
     volumes:
@@ -103,8 +94,12 @@ bool isOurs(std::string const& path)
 
 std::string ComposeOverride::overrideText(WebServer webServer)
 {
+    auto const isNginx = webServer == WebServer::nginx;
     std::string text(firstLine);
-    text += webServer == WebServer::nginx ? nginxOverride : apacheOverride;
+    text += isNginx ? nginxEntrypoint : apacheEntrypoint;
+    text += takeUsersNumbers;
+    text += isNginx ? nginxStart : apacheStart;
+    text += mysqlService;
     return text;
 }
 
