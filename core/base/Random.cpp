@@ -1,5 +1,7 @@
 #include "core/base/Random.h"
 
+#include "core/base/ASCII.h"
+
 #include <openssl/rand.h>
 
 #include <stdexcept>
@@ -41,17 +43,6 @@ constexpr bool isDashPlace(std::size_t index)
     return index == 8 || index == 13 || index == 18 || index == 23;
 }
 
-int digitValue(char digit)
-{
-    if (digit >= '0' && digit <= '9')
-        return digit - '0';
-    if (digit >= 'a' && digit <= 'f')
-        return digit - 'a' + 10;
-    if (digit >= 'A' && digit <= 'F')
-        return digit - 'A' + 10;
-    return -1;
-}
-
 }  // namespace
 
 std::optional<Uuid> Uuid::parse(std::string_view text)
@@ -66,11 +57,11 @@ std::optional<Uuid> Uuid::parse(std::string_view text)
                 return std::nullopt;
             continue;
         }
-        auto const value = digitValue(text[i]);
-        if (value < 0)
+        auto const value = ascii::hexDigitValue(text[i]);
+        if (!value)
             return std::nullopt;
         auto& byte = uuid.bytes_[digits / 2];
-        byte = static_cast<std::uint8_t>(byte << 4 | value);
+        byte = static_cast<std::uint8_t>(byte << 4 | *value);
         ++digits;
     }
     return uuid;

@@ -1,5 +1,7 @@
 #include "core/base/Sha256.h"
 
+#include "core/base/ASCII.h"
+
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
@@ -22,17 +24,6 @@ void check(int outcome)
 {
     if (outcome != 1)
         throw std::runtime_error("SHA-256 is not available.");
-}
-
-std::optional<unsigned> digitValue(char digit)
-{
-    if (digit >= '0' && digit <= '9')
-        return digit - '0';
-    if (digit >= 'a' && digit <= 'f')
-        return digit - 'a' + 10;
-    if (digit >= 'A' && digit <= 'F')
-        return digit - 'A' + 10;
-    return std::nullopt;
 }
 
 }  // namespace
@@ -79,8 +70,8 @@ std::optional<Sha256::Digest> parseHexDigest(std::string_view text)
     if (text.size() != 2 * result.size())
         return std::nullopt;
     for (std::size_t i = 0; i < result.size(); ++i) {
-        auto const high = digitValue(text[2 * i]);
-        auto const low = digitValue(text[2 * i + 1]);
+        auto const high = ascii::hexDigitValue(text[2 * i]);
+        auto const low = ascii::hexDigitValue(text[2 * i + 1]);
         if (!high || !low)
             return std::nullopt;
         result[i] = static_cast<std::uint8_t>(*high * 16 + *low);

@@ -1,25 +1,23 @@
 #include "core/base/URLHost.h"
 
+#include "core/base/ASCII.h"
+
 #include <algorithm>
 
 namespace harbor {
 
 namespace {
 
-bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
-
 /// Whether every byte may stand in a URL (RFC 3986, appendix A), letters beyond ASCII included.
 bool hasOnlyURLCharacters(std::string_view text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
         auto const c = text[i];
-        auto const isEscape
-            = c == '%' && i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2]);
+        auto const isEscape = c == '%' && i + 2 < text.size() && ascii::isHexDigit(text[i + 1])
+            && ascii::isHexDigit(text[i + 2]);
         auto const isForeign = static_cast<unsigned char>(c) >= 0x80;
-        auto const isAllowed
-            = isLetter(c) || isDigit(c) || std::string_view("-._~:/?#[]@!$&'()*+,;=").contains(c);
+        auto const isAllowed = ascii::isLetter(c) || ascii::isDigit(c)
+            || std::string_view("-._~:/?#[]@!$&'()*+,;=").contains(c);
         if (!isEscape && !isForeign && !isAllowed)
             return false;
     }
@@ -28,8 +26,8 @@ bool hasOnlyURLCharacters(std::string_view text)
 
 bool isScheme(std::string_view text)
 {
-    return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, [](char c) {
-        return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
+    return !text.empty() && ascii::isLetter(text.front()) && std::ranges::all_of(text, [](char c) {
+        return ascii::isLetter(c) || ascii::isDigit(c) || c == '+' || c == '-' || c == '.';
     });
 }
 
@@ -59,7 +57,8 @@ std::optional<std::string_view> hostIn(std::string_view authority)
             return std::nullopt;
         port.remove_prefix(1);
     }
-    auto const isPort = port.empty() || (port.front() == ':' && std::ranges::all_of(port.substr(1), isDigit));
+    auto const isPort
+        = port.empty() || (port.front() == ':' && std::ranges::all_of(port.substr(1), ascii::isDigit));
     if (host.empty() || !isPort || host.find_first_of("[]") != host.npos)
         return std::nullopt;
     return host;

@@ -3,6 +3,7 @@
 #include "core/base/AtomicFile.h"
 #include "core/base/Base64.h"
 #include "core/base/File.h"
+#include "core/base/Lines.h"
 #include "core/base/Paths.h"
 #include "core/base/Sha256.h"
 #include "core/base/Unicode.h"
@@ -143,13 +144,8 @@ std::vector<std::string> exceptionsIn(BrowserStore const& store)
 {
     auto const path = exceptionsPath(store);
     auto const text = fileExists(path) ? readWholeFile(path) : std::string(exceptionsHead);
-    std::vector<std::string> lines;
-    for (std::size_t start = 0; start < text.size();) {
-        auto const end = std::min(text.find('\n', start), text.size());
-        lines.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    return lines;
+    auto const lines = linesOf(text);
+    return { lines.begin(), lines.end() };
 }
 
 BrowserTrust exceptionState(BrowserStore const& store, Site const& site)

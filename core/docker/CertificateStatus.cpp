@@ -1,6 +1,7 @@
 #include "core/docker/CertificateStatus.h"
 
 #include "core/base/File.h"
+#include "core/base/Lines.h"
 #include "core/site/ShellRunner.h"
 
 #include <algorithm>
@@ -54,12 +55,9 @@ std::optional<TimePoint> parseDate(std::string const& text)
 
 std::optional<TimePoint> parseExpiry(std::string_view text)
 {
-    for (std::size_t start = 0; start < text.size();) {
-        auto const end = std::min(text.find('\n', start), text.size());
-        auto const line = text.substr(start, end - start);
+    for (auto const line : linesOf(text)) {
         if (line.starts_with(endDateKey))
             return parseDate(std::string(line.substr(endDateKey.size())));
-        start = end + 1;
     }
     return std::nullopt;
 }

@@ -2,6 +2,8 @@
 
 #include "core/base/Random.h"
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include <string_view>
 
 namespace harbor {
@@ -187,23 +189,17 @@ server {
 
 constexpr auto passwordLength = 24;
 
-void replaceAll(std::string& text, std::string_view placeholder, std::string_view value)
-{
-    for (auto at = text.find(placeholder); at != text.npos; at = text.find(placeholder, at + value.size()))
-        text.replace(at, placeholder.size(), value);
-}
-
 std::string fill(std::string_view composeTemplate, Site const& site)
 {
     auto const databasePassword = ComposeTemplateBuilder::generatePassword(passwordLength);
     auto const rootPassword = ComposeTemplateBuilder::generatePassword(passwordLength);
     std::string text(composeTemplate);
-    replaceAll(text, "{{php}}", rawValue(site.phpVersion));
-    replaceAll(text, "{{httpPort}}", std::to_string(site.httpPort));
-    replaceAll(text, "{{httpsPort}}", std::to_string(site.httpsPort));
-    replaceAll(text, "{{mysqlPort}}", std::to_string(site.mysqlPort));
-    replaceAll(text, "{{dbPassword}}", databasePassword);
-    replaceAll(text, "{{rootPassword}}", rootPassword);
+    boost::replace_all(text, "{{php}}", rawValue(site.phpVersion));
+    boost::replace_all(text, "{{httpPort}}", std::to_string(site.httpPort));
+    boost::replace_all(text, "{{httpsPort}}", std::to_string(site.httpsPort));
+    boost::replace_all(text, "{{mysqlPort}}", std::to_string(site.mysqlPort));
+    boost::replace_all(text, "{{dbPassword}}", databasePassword);
+    boost::replace_all(text, "{{rootPassword}}", rootPassword);
     return text;
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/base/File.h"
 #include "core/base/Hosts.h"
+#include "core/base/Lines.h"
 #include "core/base/TemporaryFile.h"
 #include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
@@ -47,15 +48,13 @@ std::string wpScript(std::string const& arguments)
 std::vector<ContainerInfo> parseContainers(std::string const& text)
 {
     std::vector<ContainerInfo> containers;
-    for (std::size_t start = 0; start < text.size();) {
-        auto const end = std::min(text.find('\n', start), text.size());
+    for (auto const line : linesOf(text)) {
         try {
-            auto const object = parseJson(std::string_view(text).substr(start, end - start));
+            auto const object = parseJson(line);
             containers.push_back(JsonReader(object).as<ContainerInfo>());
         } catch (JsonError const&) {
             // Older versions print one array for all containers, others a warning between the objects.
         }
-        start = end + 1;
     }
     return containers;
 }

@@ -1,5 +1,6 @@
 #include "core/protocol/HttpUrl.h"
 
+#include "core/base/ASCII.h"
 #include "core/base/Unicode.h"
 #include "core/protocol/SyncError.h"
 
@@ -17,14 +18,11 @@ namespace {
 
 constexpr std::string_view authorityEnds = "/?#";
 
-bool isAsciiLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 bool isUnreserved(char c)
 {
-    return isAsciiLetter(c) || isDigit(c) || c == '-' || c == '.' || c == '_' || c == '~';
+    return ascii::isLetter(c) || ascii::isDigit(c) || c == '-' || c == '.' || c == '_' || c == '~';
 }
 
 /// Whether only characters of RFC 3986 and non-ASCII ones stand in the text. Brackets belong to hosts only.
@@ -32,7 +30,7 @@ bool hasOnlyUrlCharacters(std::string_view text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '%') {
-            if (i + 2 >= text.size() || !isHexDigit(text[i + 1]) || !isHexDigit(text[i + 2]))
+            if (i + 2 >= text.size() || !ascii::isHexDigit(text[i + 1]) || !ascii::isHexDigit(text[i + 2]))
                 return false;
         } else if (isAscii(text[i]) && !isUnreserved(text[i])
             && std::string_view(":/?@!$&'()*+,;=").find(text[i]) == std::string_view::npos) {
@@ -64,9 +62,9 @@ std::optional<std::string_view> schemeOf(std::string_view text)
         return std::nullopt;
     auto const scheme = text.substr(0, end);
     auto const isSchemeCharacter
-        = [](char c) { return isAsciiLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.'; };
+        = [](char c) { return ascii::isLetter(c) || ascii::isDigit(c) || c == '+' || c == '-' || c == '.'; };
     // What stands before a first colon and is no scheme is nothing that RFC 3986 allows there.
-    if (scheme.empty() || !isAsciiLetter(scheme[0]) || !std::ranges::all_of(scheme, isSchemeCharacter))
+    if (scheme.empty() || !ascii::isLetter(scheme[0]) || !std::ranges::all_of(scheme, isSchemeCharacter))
         throw SyncError::invalidURL();
     return scheme;
 }
@@ -96,7 +94,7 @@ std::string asciiHost(std::string_view host)
 
 void checkPort(std::string_view port)
 {
-    if (!std::ranges::all_of(port, isDigit))
+    if (!std::ranges::all_of(port, ascii::isDigit))
         throw SyncError::invalidURL();
     auto const significant = port.substr(std::min(port.find_first_not_of('0'), port.size()));
     if (significant.size() > 5 || (significant.size() == 5 && significant > "65535"))

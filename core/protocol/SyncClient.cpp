@@ -11,6 +11,8 @@
 #include "core/protocol/FileBundle.h"
 #include "core/protocol/HttpUrl.h"
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include <algorithm>
 #include <atomic>
 #include <charconv>
@@ -65,14 +67,6 @@ std::string finalizeText(std::vector<std::pair<std::string, std::string>> const&
         text += compactJson({ { "path", path }, { "expected_hash", hash } });
     }
     return text + "]}";
-}
-
-void replaceAll(std::string& text, std::string const& from, std::string const& to)
-{
-    if (from.empty())
-        return;
-    for (auto place = text.find(from); place != text.npos; place = text.find(from, place + to.size()))
-        text.replace(place, from.size(), to);
 }
 
 }  // namespace
@@ -263,8 +257,8 @@ awaitable<void> SyncClient::printDebugProbe()
 /// The server sends the key back among the headers, and what is printed may end in a log.
 std::string SyncClient::withoutKey(std::string text) const
 {
-    replaceAll(text, base64Encoded(apiKey_), "(API key)");
-    replaceAll(text, apiKey_, "(API key)");
+    boost::replace_all(text, base64Encoded(apiKey_), "(API key)");
+    boost::replace_all(text, apiKey_, "(API key)");
     return text;
 }
 

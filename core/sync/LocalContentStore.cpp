@@ -1,6 +1,7 @@
 #include "core/sync/LocalContentStore.h"
 
 #include "core/base/Integer.h"
+#include "core/base/Lines.h"
 #include "core/base/TemporaryFile.h"
 #include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
@@ -13,18 +14,6 @@
 namespace harbor {
 
 namespace {
-
-std::vector<std::string> lines(std::string_view text)
-{
-    std::vector<std::string> result;
-    while (!text.empty()) {
-        auto const line = text.substr(0, text.find('\n'));
-        if (!line.empty())
-            result.emplace_back(line);
-        text.remove_prefix(std::min(line.size() + 1, text.size()));
-    }
-    return result;
-}
 
 /// The text under a key, or nothing for a missing key and for any other type.
 std::optional<std::string> textOf(Json const& row, char const* key)
@@ -114,9 +103,14 @@ awaitable<std::string> LocalContentStore::tablePrefix()
 {
     if (cachedPrefix_)
         co_return *cachedPrefix_;
-    auto const tables = lines(co_await queryText(contentStatements::candidateTables()));
-    auto const isDefault = std::ranges::find(tables, "wp_posts") != tables.end();
-    auto const table = isDefault ? "wp_posts" : tables.empty() ? "" : tables.front();
+    auto const answer = co_await queryText(contentStatements::candidateTables());
+    auto tables = linesOf(answer);
+    std::erase(tables, "");
+    std::string_view table;
+    if (std::ranges::find(tables, "wp_posts") != tables.end())
+        table = "wp_posts";
+    else if (!tables.empty())
+        table = tables.front();
     if (!table.ends_with("posts"))
         throw SyncError::decodingFailed("Could not locate the posts table in the local database.");
     cachedPrefix_ = table.substr(0, table.size() - std::string_view("posts").size());
@@ -131,7 +125,8 @@ awaitable<std::string> LocalContentStore::queryText(std::string sql)
 awaitable<LocalContentStore::Rows> LocalContentStore::queryRows(std::string sql)
 {
     Rows rows;
-    for (auto const& line : lines(co_await queryText(std::move(sql)))) {
+    auto const answer = co_await queryText(std::move(sql));
+    for (auto const line : linesOf(answer)) {
         auto const text = unicode::trimBlanks(line);
         if (!text.starts_with('{'))
             continue;
