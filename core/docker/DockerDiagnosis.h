@@ -22,8 +22,8 @@ struct DiagnosisCheck {
 struct DockerFacts {
     std::optional<std::string> dockerPath;
     std::string context;  ///< Name of the context in use; empty when unknown.
-    std::string
-        hostVariable;  ///< DOCKER_HOST of the login shell, which overrules the context; empty when not set.
+    /// DOCKER_HOST of the login shell, which overrules the context; empty when not set.
+    std::string hostVariable;
     std::string endpoint;  ///< Address of the engine, as "unix:///var/run/docker.sock"; empty when unknown.
     /// Error of a connection to the endpoint's socket: 0 when it was accepted or the endpoint is no socket.
     int socketError = 0;

@@ -222,8 +222,8 @@ awaitable<void> SiteLifecycle::makeCertificate(std::string siteFolder)
         std::filesystem::remove_all(folder, ignored);
         co_return;
     }
-    ::chmod(
-        (folder + "/server.key").c_str(), 0600);  // openssl does so itself; the umask decides over the other.
+    // openssl sees to the key itself; over the certificate the umask decides.
+    ::chmod((folder + "/server.key").c_str(), 0600);
     ::chmod((folder + "/server.crt").c_str(), 0644);
 }
 

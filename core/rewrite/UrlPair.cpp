@@ -40,8 +40,7 @@ std::string endlessPairText(std::string_view from, std::string_view to)
 {
     return "URLs cannot be rewritten from " + std::string(from) + " to " + std::string(to)
         + ": the new address contains the old one, so every replacement would bring it back and the rewrite "
-          "would"
-          " never end. Nothing was changed.";
+          "would never end. Nothing was changed.";
 }
 
 }  // namespace harbor

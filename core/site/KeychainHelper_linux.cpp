@@ -50,8 +50,7 @@ public:
         std::string const words = error_->message;
         if (isAboutMissingService())
             return "No secret store answers on the session's D-Bus. A Secret Service such as gnome-keyring "
-                   "or "
-                   "KWallet has to be running ("
+                   "or KWallet has to be running ("
                 + words + ")";
         return words;
     }
