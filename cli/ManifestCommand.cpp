@@ -51,7 +51,7 @@ void addManifestCommand(CLI::App& program, Context& context)
     addRootArgument(command, *root, "Folder that holds themes, plugins and uploads");
     command.add_option("--scope", *scopes, "List only this folder; repeatable")
         ->type_name("themes|plugins|uploads|all")
-        ->check(CLI::IsMember({ "themes", "plugins", "uploads", "all" }))
+        ->check(CLI::IsMember({ "themes", "plugins", "uploads", "all" }).description(""))
         ->allow_extra_args(false);
     onRun(command, context, [&context, root, scopes] { return printManifest(context, *root, *scopes); });
 }

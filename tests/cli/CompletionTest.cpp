@@ -42,6 +42,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, Completion,
         CompletionCase { "optionsOfEveryCommand", { "site", "list", "--j" }, { "--json" } },
         CompletionCase {
             "valuesOfAnOption", { "site", "create", "x", "--server", "" }, { "apache", "nginx" } },
+        CompletionCase { "valuesOfAnOptionThatIsChecked", { "manifest", "x", "--scope", "" },
+            { "themes", "plugins", "uploads", "all" } },
         CompletionCase { "valuesOfAnArgument", { "completion", "f" }, { "fish" } },
         CompletionCase { "nothingForFreeText", { "site", "create", "" }, {} }),
     [](auto const& test) { return test.param.behaviour; });
