@@ -1,5 +1,6 @@
 #include "tests/cli/CommandLineTest.h"
 #include "tests/support/FileTree.h"
+#include "tests/support/Gzipped.h"
 #include "tests/support/TestBundle.h"
 
 #include <sys/stat.h>
@@ -223,7 +224,7 @@ TEST_P(BadBundles, areToldByExtractAndLeaveNothing)
 INSTANTIATE_TEST_SUITE_P(Cases, BadBundles,
     Values(BadBundle { "anEmptyFile", "", truncatedText }, BadBundle { "halfAMagic", "TWKB", truncatedText },
         BadBundle { "anotherFormat", "PK\3\4 and more", "twkb: Not a valid TWKB bundle (bad magic).\n" },
-        BadBundle { "aGzippedBundle", testBundle::gzip(testBundle::encode({ { "a", "abc" } }, true)),
+        BadBundle { "aGzippedBundle", gzipped(testBundle::encode({ { "a", "abc" } }, true)),
             "twkb: Not a valid TWKB bundle (bad magic).\n" },
         BadBundle { "anotherVersion", "TWKBBND1\2\0\0\0\0\0\0\0"s, "twkb: Unsupported bundle version 2.\n" },
         BadBundle { "aCutPathLength", "TWKBBND1\1\0\0\0\0\0\0\0\1\0"s, truncatedText },

@@ -1,12 +1,8 @@
 #include "core/base/Json.h"
 #include "core/base/Sha256.h"
-#include "core/site/ShellRunner.h"
-#include "core/site/SiteStore.h"
 #include "core/sync/SyncHistoryStore.h"
+#include "tests/cli/LinkedSiteTest.h"
 #include "tests/support/FileTree.h"
-#include "tests/support/RunToEnd.h"
-#include "tests/support/TemporaryHome.h"
-#include "tests/support/TestRemote.h"
 
 #include <gmock/gmock.h>
 
@@ -18,45 +14,9 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-/// The real `twkb` in a home of its own, with one site that is linked to a remote.
-class SyncCommands : public testing::Test {
+class SyncCommands : public LinkedSiteTest {
 protected:
-    SyncCommands()
-    {
-        ShellRunner::shared().detachStandardInput();
-        createDirectories(root);
-        writeFile(keyFile, remote.key() + "\n");
-        link(RemoteEnvironment::staging);
-    }
-
-    void link(RemoteEnvironment environment)
-    {
-        site.remoteSyncConfig = RemoteSyncConfig {
-            .remoteURL = remote.url(), .apiKeyRef = remote.url(), .environment = environment
-        };
-        SiteStore store;
-        if (store.sites().empty())
-            store.add(site);
-        else
-            store.update(site);
-    }
-
-    ShellResult twkb(std::vector<std::string> words)
-    {
-        return runToEnd(context, ShellRunner::shared().run(HARBOR_TWKB, std::move(words)));
-    }
-    ShellResult sync(std::vector<std::string> words)
-    {
-        words.insert(words.end(), { "--key-file", keyFile });
-        return twkb(words);
-    }
-
-    TemporaryHome home;
-    TestRemote remote;
-    asio::io_context context;
-    Site site { "Shop", PHPVersion::php83, WebServer::apache, 8080, 4430, 33060 };
     std::string root = site.wpContentPath();
-    std::string keyFile = home.path() + "/key";
 };
 
 TEST_F(SyncCommands, manifestPrintsTheFilesOfAFolder)
@@ -118,7 +78,7 @@ TEST_F(SyncCommands, pushMovesTheChosenScopesAndLogsOnStandardError)
     writeFile(root + "/themes/a.css", "a");
     writeFile(root + "/uploads/b.jpg", "b");
 
-    auto const result = sync({ "push", "shop", "--themes", "--yes" });
+    auto const result = linked({ "push", "shop", "--themes", "--yes" });
 
     EXPECT_EQ(result.exitCode, 0) << result.stderr;
     EXPECT_EQ(result.stdout, "");
@@ -133,7 +93,7 @@ TEST_F(SyncCommands, pullMovesTheChosenScopesWithoutAQuestion)
     remote.writeFile("plugins/p.php", "p");
     remote.writeFile("uploads/b.jpg", "b");
 
-    auto const result = sync({ "pull", "shop", "--plugins" });
+    auto const result = linked({ "pull", "shop", "--plugins" });
 
     EXPECT_EQ(result.exitCode, 0) << result.stderr;
     EXPECT_THAT(readTree(root), ElementsAre(testing::Pair("plugins/p.php", "p")));
@@ -143,7 +103,7 @@ TEST_F(SyncCommands, theOutcomeIsOneDocumentAndTheProgressOneObjectALine)
 {
     writeFile(root + "/themes/a.css", "abc");
 
-    auto const result = sync({ "push", "shop", "--themes", "--yes", "--json" });
+    auto const result = linked({ "push", "shop", "--themes", "--yes", "--json" });
 
     auto const outcome = parseJson(result.stdout);
     EXPECT_EQ(outcome["operation"], "push");
@@ -155,7 +115,7 @@ TEST_F(SyncCommands, theOutcomeIsOneDocumentAndTheProgressOneObjectALine)
 
 TEST_F(SyncCommands, quietPrintsNothing)
 {
-    auto const result = sync({ "push", "shop", "--themes", "--yes", "--quiet" });
+    auto const result = linked({ "push", "shop", "--themes", "--yes", "--quiet" });
 
     EXPECT_EQ(result.stdout, "");
     EXPECT_EQ(result.stderr, "");
@@ -163,7 +123,7 @@ TEST_F(SyncCommands, quietPrintsNothing)
 
 TEST_F(SyncCommands, aPushNeedsAgreementWhenThereIsNobodyToAsk)
 {
-    auto const result = sync({ "push", "shop", "--themes" });
+    auto const result = linked({ "push", "shop", "--themes" });
 
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.stderr, HasSubstr("--yes"));
@@ -175,13 +135,13 @@ TEST_F(SyncCommands, aProductionRemoteWantsItsHost)
     link(RemoteEnvironment::production);
     writeFile(root + "/themes/a.css", "a");
 
-    EXPECT_EQ(sync({ "push", "shop", "--themes", "--yes" }).exitCode, 2);
-    auto const wrong = sync({ "push", "shop", "--themes", "--confirm-host", "localhost" });
+    EXPECT_EQ(linked({ "push", "shop", "--themes", "--yes" }).exitCode, 2);
+    auto const wrong = linked({ "push", "shop", "--themes", "--confirm-host", "localhost" });
     EXPECT_EQ(wrong.exitCode, 1);
     EXPECT_THAT(wrong.stderr, HasSubstr("127.0.0.1"));
     EXPECT_THAT(remote.requests(), IsEmpty());
 
-    EXPECT_EQ(sync({ "push", "shop", "--themes", "--confirm-host", " 127.0.0.1 " }).exitCode, 0);
+    EXPECT_EQ(linked({ "push", "shop", "--themes", "--confirm-host", " 127.0.0.1 " }).exitCode, 0);
     EXPECT_TRUE(remote.hasFile("themes/a.css"));
 }
 
@@ -189,7 +149,7 @@ TEST_F(SyncCommands, aFailureIsTheErrorsOwnText)
 {
     remote.failOn("/manifest", Fault::answer(403, R"({"message":"Bad signature"})"));
 
-    auto const result = sync({ "pull", "shop", "--themes" });
+    auto const result = linked({ "pull", "shop", "--themes" });
 
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.stderr, HasSubstr("twkb: Authentication failed: Bad signature\n"));
@@ -199,9 +159,9 @@ TEST_F(SyncCommands, aDryRunOnlyReads)
 {
     writeFile(root + "/themes/a.css", "abc");
     writeFile(root + "/uploads/b.jpg", "b");
-    auto const before = readTree(home.path());
+    auto const before = readTree(docker.home.path());
 
-    auto const result = sync({ "push", "shop", "--themes", "--uploads", "--dry-run", "--json" });
+    auto const result = linked({ "push", "shop", "--themes", "--uploads", "--dry-run", "--json" });
 
     EXPECT_EQ(result.exitCode, 0) << result.stderr;
     auto const preview = parseJson(result.stdout);
@@ -211,7 +171,7 @@ TEST_F(SyncCommands, aDryRunOnlyReads)
     EXPECT_EQ(preview["bytes"], 4);
     EXPECT_EQ(preview["database"], false);
     EXPECT_EQ(preview["scopes"][0], (Json { { "scope", "themes" }, { "files", 1 }, { "bytes", 3 } }));
-    EXPECT_EQ(readTree(home.path()), before);
+    EXPECT_EQ(readTree(docker.home.path()), before);
     EXPECT_THAT(remote.files(), IsEmpty());
     for (auto const& request : remote.requests())
         EXPECT_EQ(request.method, "GET");
@@ -221,7 +181,7 @@ TEST_F(SyncCommands, aDryRunForPeopleNamesEachScope)
 {
     remote.writeFile("uploads/b.jpg", "b");
 
-    auto const result = sync({ "pull", "shop", "--dry-run" });
+    auto const result = linked({ "pull", "shop", "--dry-run" });
 
     EXPECT_EQ(result.exitCode, 0) << result.stderr;
     for (auto const* word : { "database", "themes", "plugins", "uploads", "Nothing was changed." })
@@ -232,11 +192,11 @@ TEST_F(SyncCommands, aDryRunForPeopleNamesEachScope)
 TEST_F(SyncCommands, eachRunLeavesItsLineInTheJournal)
 {
     writeFile(root + "/themes/a.css", "a");
-    EXPECT_EQ(sync({ "push", "shop", "--themes", "--uploads", "--yes" }).exitCode, 0);
-    EXPECT_EQ(sync({ "pull", "shop", "--plugins" }).exitCode, 0);
+    EXPECT_EQ(linked({ "push", "shop", "--themes", "--uploads", "--yes" }).exitCode, 0);
+    EXPECT_EQ(linked({ "pull", "shop", "--plugins" }).exitCode, 0);
     remote.failOn("/manifest", Fault::json([](Json&) { }));  // The check for conflicts goes well.
     remote.failOn("/manifest", Fault::answer(413, R"({"message":"Too large"})"));
-    EXPECT_EQ(sync({ "push", "shop", "--themes", "--yes" }).exitCode, 1);
+    EXPECT_EQ(linked({ "push", "shop", "--themes", "--yes" }).exitCode, 1);
 
     auto const result = twkb({ "history", "shop", "--json" });
 
@@ -284,9 +244,9 @@ TEST_F(SyncCommands, theHistoryOfASiteThatNeverSyncedIsEmptyAndLeavesNoFile)
 TEST_F(SyncCommands, thePushAfterTheFirstWarnsSinceEachProgramHasItsOwnHashKey)
 {
     writeFile(root + "/themes/a.css", "a");
-    EXPECT_THAT(sync({ "push", "shop", "--themes", "--yes" }).stderr, Not(HasSubstr("WARNING")));
+    EXPECT_THAT(linked({ "push", "shop", "--themes", "--yes" }).stderr, Not(HasSubstr("WARNING")));
 
-    auto const again = sync({ "push", "shop", "--themes", "--yes" });
+    auto const again = linked({ "push", "shop", "--themes", "--yes" });
 
     EXPECT_EQ(again.exitCode, 0);
     EXPECT_THAT(again.stderr, HasSubstr("WARNING: Remote site has changed since your last sync ("));
@@ -299,7 +259,7 @@ TEST_F(SyncCommands, aSiteWithoutARemoteIsAnError)
     site.remoteSyncConfig.reset();
     SiteStore().update(site);
 
-    auto const result = sync({ "push", "shop", "--yes" });
+    auto const result = linked({ "push", "shop", "--yes" });
 
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.stderr, HasSubstr("has no remote"));
@@ -309,7 +269,7 @@ TEST_F(SyncCommands, aKeyFileWithoutAKeyIsAnError)
 {
     writeFile(keyFile, " \n");
 
-    auto const result = sync({ "pull", "shop", "--themes" });
+    auto const result = linked({ "pull", "shop", "--themes" });
 
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.stderr, HasSubstr("There is no key in " + keyFile));

@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -12,7 +13,10 @@ inline std::string gzipped(std::string_view bytes)
 {
     constexpr auto gzipWrapper = 16 + MAX_WBITS;
     z_stream stream {};
-    deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, gzipWrapper, MAX_MEM_LEVEL, Z_DEFAULT_STRATEGY);
+    if (deflateInit2(
+            &stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, gzipWrapper, MAX_MEM_LEVEL, Z_DEFAULT_STRATEGY)
+        != Z_OK)
+        throw std::runtime_error("zlib gives no compressor.");
     std::string result(deflateBound(&stream, bytes.size()), '\0');
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
     stream.avail_in = static_cast<uInt>(bytes.size());

@@ -97,22 +97,6 @@ std::optional<std::vector<Entry>> decode(std::string_view bundle)
     return cursor.failed ? std::nullopt : std::optional(std::move(entries));
 }
 
-std::string gzip(std::string_view bytes)
-{
-    z_stream stream {};
-    if (deflateInit2(&stream, 6, Z_DEFLATED, gzipWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK)
-        throw std::runtime_error("zlib gives no compressor.");
-    std::string result(deflateBound(&stream, bytes.size()), '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
-    stream.avail_in = static_cast<uInt>(bytes.size());
-    stream.next_out = reinterpret_cast<Bytef*>(result.data());
-    stream.avail_out = static_cast<uInt>(result.size());
-    deflate(&stream, Z_FINISH);
-    result.resize(stream.total_out);
-    deflateEnd(&stream);
-    return result;
-}
-
 std::optional<std::string> gunzip(std::string_view bytes)
 {
     z_stream stream {};

@@ -24,7 +24,6 @@ std::optional<std::vector<Entry>> decode(std::string_view bundle);
 std::string rawSha256(std::string_view bytes);
 std::string hex(std::string_view bytes);
 
-std::string gzip(std::string_view bytes);
 /// Nothing unless the bytes are one whole gzip stream.
 std::optional<std::string> gunzip(std::string_view bytes);
 

@@ -1,6 +1,7 @@
 #include "core/base/Base64.h"
 #include "core/base/File.h"
 #include "core/base/Timestamp.h"
+#include "tests/support/Gzipped.h"
 #include "tests/support/TestBundle.h"
 #include "tests/support/TestRemote.h"
 #include "tests/support/TestReplies.h"
@@ -228,7 +229,7 @@ TestReply TestRemote::pullArchive(TestRequest const& request) const
     reply.headers = { { "Content-Type", "application/octet-stream" } };
     reply.body = testBundle::encode(entries, true);
     if (deflate)
-        reply.body = testBundle::gzip(reply.body);
+        reply.body = gzipped(reply.body);
     return reply;
 }
 
@@ -245,7 +246,7 @@ TestReply TestRemote::exportDump() const
 {
     TestReply reply;
     reply.headers = { { "Content-Type", "application/octet-stream" } };
-    reply.body = exportsGzipped_ ? testBundle::gzip(dump_) : dump_;
+    reply.body = exportsGzipped_ ? gzipped(dump_) : dump_;
     return reply;
 }
 

@@ -1,6 +1,7 @@
 #include "core/base/Base64.h"
 #include "core/base/File.h"
 #include "tests/core/protocol/SyncClientFixture.h"
+#include "tests/support/Gzipped.h"
 #include "tests/support/TestBundle.h"
 
 namespace harbor {
@@ -119,7 +120,7 @@ TEST_F(SyncClientTest, aBodyOfTextIsSignedAsItIs)
 
 TEST_F(SyncClientTest, aBodyThatIsNoTextIsSignedByItsHash)
 {
-    auto const dump = testBundle::gzip("SELECT 1;");
+    auto const dump = gzipped("SELECT 1;");
     run(client.importDatabase(dump, true));
     auto const request = remote.requests().back();
     EXPECT_EQ(request.status, 200);

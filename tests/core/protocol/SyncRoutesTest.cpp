@@ -1,6 +1,7 @@
 #include "core/base/Base64.h"
 #include "core/base/File.h"
 #include "tests/core/protocol/SyncClientFixture.h"
+#include "tests/support/Gzipped.h"
 #include "tests/support/TestBundle.h"
 
 namespace harbor {
@@ -74,14 +75,14 @@ TEST_F(SyncRoutesTest, theDatabaseComesAsItWasSent)
 TEST_F(SyncRoutesTest, theDatabaseIsReplacedWithOrWithoutABackup)
 {
     remote.setDump("old");
-    auto const first = run(client.importDatabase(testBundle::gzip("new;"), true));
+    auto const first = run(client.importDatabase(gzipped("new;"), true));
     EXPECT_EQ(first.status, "ok");
     EXPECT_EQ(first.rows_affected, 1);
     EXPECT_EQ(first.backup_id, "backup-1");
     EXPECT_EQ(remote.backups().at("backup-1"), "old");
     EXPECT_EQ(remote.dump(), "new;");
 
-    EXPECT_EQ(run(client.importDatabase(testBundle::gzip("newer"), false)).backup_id, std::nullopt);
+    EXPECT_EQ(run(client.importDatabase(gzipped("newer"), false)).backup_id, std::nullopt);
     EXPECT_THAT(
         remote.requestLines(), ElementsAre("POST /database/?backup=true", "POST /database/?backup=false"));
     EXPECT_EQ(remote.requests().back().header("content-type"), "application/gzip");
@@ -205,7 +206,7 @@ TEST_F(SyncRoutesTest, aBundleIsAppliedPlainAndGzipped)
     for (auto const gzipped : { false, true }) {
         auto const path = home.path() + (gzipped ? "/b.gz" : "/b");
         auto file = File::createNew(path);
-        file.write(gzipped ? testBundle::gzip(bundle) : bundle);
+        file.write(gzipped ? harbor::gzipped(bundle) : bundle);
         file.close();
         auto const reply = run(client.applyArchive(path, gzipped));
         EXPECT_EQ(reply.status, "ok");

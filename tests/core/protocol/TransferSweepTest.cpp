@@ -1,5 +1,6 @@
 #include "core/base/File.h"
 #include "tests/core/protocol/SyncClientFixture.h"
+#include "tests/support/Gzipped.h"
 #include "tests/support/TestBundle.h"
 
 #include <thread>
@@ -48,7 +49,7 @@ protected:
         };
         attempt(talker().fetchManifest("all"));
         attempt(talker().exportDatabase("all"));
-        attempt(talker().importDatabase(testBundle::gzip("x"), true));
+        attempt(talker().importDatabase(gzipped("x"), true));
         attempt(talker().uploadFileChunk("themes/c.css", "c", 0, 1, hash_));
         attempt(talker().applyArchive(bundle_, false));
         attempt(pullAndRemove(talker()));
