@@ -5,7 +5,10 @@
 #include "tests/support/LocalSite.h"
 #include "tests/support/ZipBuilder.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <fstream>
 
 namespace harbor {
 namespace {
@@ -44,6 +47,20 @@ protected:
         SiteStore().add(site);
         return site;
     }
+    /// For a command of the stand-in: says that it has begun, and goes on when it may.
+    std::string const waitingToGo = "echo begun >\"$HOME/begun\"; read -r go <\"$HOME/go\"\n";
+    void makePipes() const
+    {
+        for (auto const* const name : { "/begun", "/go" })
+            ASSERT_EQ(::mkfifo((docker.home.path() + name).c_str(), 0600), 0);
+    }
+    void waitUntilBegun() const
+    {
+        std::string word;
+        std::ifstream(docker.home.path() + "/begun") >> word;
+        EXPECT_EQ(word, "begun");
+    }
+    void letGo() const { std::ofstream(docker.home.path() + "/go") << "go\n"; }
     bool leavesNothing() const { return std::filesystem::is_empty(docker.home.temporaryDirectory()); }
 };
 
@@ -245,12 +262,13 @@ TEST_F(PackageCommands, importMakesANewSiteForThePackage)
 TEST_F(PackageCommands, ctrlCDuringACreationLeavesTheSiteAndSaysHowToGoOn)
 {
     makePackage();
-    docker.answer("up -d --wait", 0, "", "", "while [ ! -e \"$HOME/go\" ]; do sleep 0.05; done\n");
+    makePipes();
+    docker.answer("up -d --wait", 0, "", "", waitingToGo);
     Terminal twkb(HARBOR_TWKB, { "import", package, "--new", "Shop", "--no-files" });
-    ASSERT_TRUE(twkb.shows("Creating \"Shop\"..."));
+    waitUntilBegun();
     twkb.type("\x03");
     ASSERT_TRUE(twkb.shows("Stopping at the next safe point"));
-    writeAtomically(docker.home.path() + "/go", "", 0600);
+    letGo();
     EXPECT_EQ(twkb.wait(), 130);
     EXPECT_THAT(twkb.screen(),
         HasSubstr("What was placed so far stays in \"Shop\". To import again: twkb import "
@@ -263,12 +281,13 @@ TEST_F(PackageCommands, ctrlCBeforeTheDatabaseIsLoadedSaysHowToRetry)
 {
     makePackage();
     addLocalSite();
-    docker.putProgram("gunzip", "#!/bin/sh\nwhile [ ! -e \"$HOME/go\" ]; do sleep 0.05; done\nexit 1\n");
+    makePipes();
+    docker.putProgram("gunzip", "#!/bin/sh\n" + waitingToGo + "exit 1\n");
     Terminal twkb(HARBOR_TWKB, { "import", package, "--into", "shop" });
-    ASSERT_TRUE(twkb.shows("Importing database..."));
+    waitUntilBegun();
     twkb.type("\x03");
     ASSERT_TRUE(twkb.shows("Stopping at the next safe point"));
-    writeAtomically(docker.home.path() + "/go", "", 0600);
+    letGo();
     EXPECT_EQ(twkb.wait(), 130);
     EXPECT_THAT(twkb.screen(), HasSubstr("--into shop --retry-database"));
     EXPECT_THAT(dockerCalls(), IsEmpty());
