@@ -20,11 +20,7 @@ class SyncProgressState : public QObject {
     Q_PROPERTY(bool isActive READ isActive NOTIFY phaseChanged)
     Q_PROPERTY(bool isComplete READ isComplete NOTIFY phaseChanged)
     Q_PROPERTY(bool hasFailed READ hasFailed NOTIFY phaseChanged)
-    Q_PROPERTY(bool isIdle READ isIdle NOTIFY phaseChanged)
     Q_PROPERTY(double fraction READ fraction NOTIFY countsChanged)
-    Q_PROPERTY(double totalBytes READ totalBytes NOTIFY countsChanged)
-    Q_PROPERTY(double transferredBytes READ transferredBytes NOTIFY countsChanged)
-    Q_PROPERTY(double totalFiles READ totalFiles NOTIFY countsChanged)
     Q_PROPERTY(QString filesText READ filesText NOTIFY countsChanged)
     Q_PROPERTY(QString bytesText READ bytesText NOTIFY countsChanged)
     Q_PROPERTY(QString currentFile READ currentFile NOTIFY currentFileChanged)
@@ -42,9 +38,6 @@ public:
     bool hasFailed() const { return progress_->phase() == Phase::failed; }
     bool isIdle() const { return progress_->phase() == Phase::idle; }
     double fraction() const { return progress_->fraction(); }
-    double totalBytes() const { return static_cast<double>(progress_->totalBytes()); }
-    double transferredBytes() const { return static_cast<double>(progress_->transferredBytes()); }
-    double totalFiles() const { return static_cast<double>(progress_->totalFiles()); }
     /// "3/12 files"; empty while the number of files is not known.
     QString filesText() const;
     /// "1.2 MB / 3 MB"; empty while the number of bytes is not known.

@@ -2,10 +2,8 @@
 
 #include "app/Values.h"
 
-#include "core/base/FileSize.h"
+#include "core/base/TerminalText.h"
 #include "core/base/Uptime.h"
-
-#include <QRegularExpression>
 
 namespace harbor {
 
@@ -45,17 +43,11 @@ QString Texts::relative(double date, double now) const
     return toQt(relativeText(moment(date), moment(now)));
 }
 
-QString Texts::fileSize(double bytes) const { return toQt(fileSizeText(static_cast<std::int64_t>(bytes))); }
-
 QString Texts::displayLine(QString const& line) const
 {
-    // ECMA-48: a control sequence is ESC [, parameters, and one final byte; an OSC one ends with BEL or ESC
-    // \.
-    static QRegularExpression const sequences(QStringLiteral(
-        "\\x1B\\[[0-?]*[ -/]*[@-~]|\\x1B\\][^\\x07\\x1B]*(\\x07|\\x1B\\\\)?|[\\x00-\\x08\\x0B-\\x1F\\x7F]"));
     constexpr qsizetype longest = 4096;
-    auto text = line.size() > longest ? line.left(longest) + QChar(0x2026) : line;
-    return withTabsWidened(text.remove(sequences));
+    auto const text = line.size() > longest ? line.left(longest) + QChar(0x2026) : line;
+    return withTabsWidened(toQt(withoutControlSequences(fromQt(text))));
 }
 
 }  // namespace harbor

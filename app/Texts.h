@@ -22,8 +22,6 @@ public:
     Q_INVOKABLE QString age(double date, double now) const;
     /// "5 minutes ago"
     Q_INVOKABLE QString relative(double date, double now) const;
-    /// "12.3 MB"
-    Q_INVOKABLE QString fileSize(double bytes) const;
     /// A line of output as it can be drawn: without terminal control sequences, with its tabs widened, and
     /// cut when it is longer than anybody can read.
     Q_INVOKABLE QString displayLine(QString const& line) const;

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls
 import Harbor
 
 /// A menu of the menu bar, drawn from the list of commands.
