@@ -146,9 +146,8 @@ void ContentBrowserView::pushClicked(QString const& itemID)
         Q_EMIT dialogsChanged();
         return;
     }
-    guard_ = makeState<ProductionGuardSheet>(toQt(site_.remoteSyncConfig->remoteURL),
-        toQt("Push \"" + row->title() + "\" to remote"), toQt(pushWarning(*row)),
-        [this, row = *row] { startAction(row, Direction::push); });
+    guard_ = makeState<ProductionGuardSheet>(toQt(site_.remoteSyncConfig->remoteURL), toQt(pushTitle(*row)),
+        toQt(pushWarning(*row)), [this, row = *row] { startAction(row, Direction::push); });
     connect(guard_.get(), &ProductionGuardSheet::closeRequested, this, &ContentBrowserView::cancelPending);
     Q_EMIT dialogsChanged();
 }

@@ -37,12 +37,8 @@ void SyncOperationView::requestPush()
         Q_EMIT dialogsChanged();
         return;
     }
-    auto const description = toQt(scopeDescription(scope_));
-    guard_ = makeState<ProductionGuardSheet>(toQt(site_.remoteSyncConfig->remoteURL),
-        QStringLiteral("Push ") + description + QStringLiteral(" to remote"),
-        QStringLiteral("This will overwrite the remote site's ") + description
-            + QStringLiteral(" with your local version. A backup will be created on the remote site first."),
-        [this] { startRun(Direction::push); });
+    guard_ = makeState<ProductionGuardSheet>(toQt(site_.remoteSyncConfig->remoteURL), toQt(pushTitle(scope_)),
+        toQt(pushWarning(scope_)), [this] { startRun(Direction::push); });
     connect(guard_.get(), &ProductionGuardSheet::closeRequested, this, &SyncOperationView::closeDialogs);
     Q_EMIT dialogsChanged();
 }

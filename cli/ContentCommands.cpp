@@ -113,7 +113,7 @@ awaitable<void> pushItem(Context& context, ContentOptions options)
     auto const row = co_await findRow(run, options.id);
     if (!row.local)
         throw CommandError("The item exists only on the remote site.");
-    PushQuestion const question { .actionTitle = "Push \"" + row.title() + "\" to remote",
+    PushQuestion const question { .actionTitle = pushTitle(row),
         .message = pushWarning(row),
         .plainQuestion = pushQuestion(row) + " " + pushWarning(row) };
     co_await requireConsent(context, options.consent, *run.site.remoteSyncConfig, question);

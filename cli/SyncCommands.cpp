@@ -33,10 +33,8 @@ std::string nameOf(Direction direction) { return direction == Direction::push ? 
 
 PushQuestion questionFor(SyncScope const& scope)
 {
-    auto const description = scopeDescription(scope);
-    return { .actionTitle = "Push " + description + " to remote",
-        .message = "This will overwrite the remote site's " + description
-            + " with your local version. A backup will be created on the remote site first.",
+    return { .actionTitle = pushTitle(scope),
+        .message = pushWarning(scope),
         .plainQuestion
         = "Push to Remote? This will overwrite the remote site's database and files with your local "
           "version. A backup will be created on the remote site first." };

@@ -143,7 +143,9 @@ std::string describeItem(ContentRow const& row, std::string const& selectedType)
     return type + " \"" + row.title() + "\" (ID " + std::to_string(row.id) + ")";
 }
 
-std::string pushQuestion(ContentRow const& row) { return "Push \"" + row.title() + "\" to remote?"; }
+std::string pushTitle(ContentRow const& row) { return "Push \"" + row.title() + "\" to remote"; }
+
+std::string pushQuestion(ContentRow const& row) { return pushTitle(row) + "?"; }
 
 std::string pushWarning(ContentRow const& row)
 {

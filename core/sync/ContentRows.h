@@ -56,7 +56,8 @@ std::vector<ContentRow> filterContentRows(std::vector<ContentRow> const& rows, s
 /// The item in words, as in `page "About" (ID 12)`. `selectedType` stands in for a row without a type.
 std::string describeItem(ContentRow const& row, std::string const& selectedType);
 
-/// What a push of the row asks and warns of before it runs.
+/// What a push of the row is called, asks and warns of before it runs.
+std::string pushTitle(ContentRow const& row);
 std::string pushQuestion(ContentRow const& row);
 std::string pushWarning(ContentRow const& row);
 std::string pullQuestion(ContentRow const& row);

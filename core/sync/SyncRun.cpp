@@ -169,4 +169,12 @@ std::string scopeDescription(SyncScope const& scope)
     return parts.empty() ? "nothing" : fmt::to_string(fmt::join(parts, " + "));
 }
 
+std::string pushTitle(SyncScope const& scope) { return "Push " + scopeDescription(scope) + " to remote"; }
+
+std::string pushWarning(SyncScope const& scope)
+{
+    return "This will overwrite the remote site's " + scopeDescription(scope)
+        + " with your local version. A backup will be created on the remote site first.";
+}
+
 }  // namespace harbor

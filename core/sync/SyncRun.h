@@ -38,4 +38,8 @@ awaitable<bool> runPull(SyncRun run);
 /// "database + themes, plugins, uploads", or "nothing".
 std::string scopeDescription(SyncScope const& scope);
 
+/// What a push is called and warns of where a production remote wants its host typed.
+std::string pushTitle(SyncScope const& scope);
+std::string pushWarning(SyncScope const& scope);
+
 }  // namespace harbor
