@@ -13,8 +13,16 @@
 
 namespace harbor {
 
+/// What a remote site brings along. It stays until the state of a test has gone: a task that asks a keyring
+/// which goes meanwhile waits for ever.
+struct RemoteSide {
+    TemporaryHome keyringHome;
+    TestKeyring keyring;
+    TestRemote remote;
+};
+
 /// Sites with a database that answers, a remote beside them, and a real keyring that holds its key.
-class RemoteTest : public WindowTest {
+class RemoteTest : protected RemoteSide, public WindowTest {
 protected:
     RemoteTest();
     ~RemoteTest() override;
@@ -35,9 +43,6 @@ protected:
 
     static void addLocalFile(Site const& site, std::string const& path, std::string const& content);
     static std::string localFile(Site const& site, std::string const& path);
-
-    TestKeyring keyring;
-    TestRemote remote;
 
 private:
     std::unique_ptr<ContentView> screens_;
