@@ -18,7 +18,10 @@ protected:
     void TearDown() override
     {
         query("DELETE FROM wp_posts WHERE ID = 4812; DELETE FROM wp_postmeta WHERE post_id = 4812; "
-              "DELETE FROM wp_term_relationships WHERE object_id = 4812");
+              "DELETE FROM wp_term_relationships WHERE object_id = 4812; "
+              "DELETE FROM wp_term_taxonomy WHERE term_id IN (SELECT term_id FROM wp_terms WHERE slug LIKE "
+              "'lab-%'); "
+              "DELETE FROM wp_terms WHERE slug LIKE 'lab-%'");
     }
 
     PostPayload item() const
@@ -135,6 +138,28 @@ TEST_P(StoredContent, keepsTheTermsOfATaxonomyThatIsNotNamedAndDropsThoseOfAnEmp
     store(payload);
     EXPECT_EQ(relationships(), "1\n");
     EXPECT_THAT(stored().terms, ElementsAre(ContentTermGroup { "post_tag", { { "Sea", "sea" } } }));
+}
+
+TEST_P(StoredContent, keepsTheNamesOfItsTermsAsGiven)
+{
+    auto const tables = "'wp_posts','wp_terms','wp_term_taxonomy','wp_term_relationships'";
+    auto const otherTables = checksums(tables);
+    auto payload = item();
+    std::mt19937 random(20261122);
+    ContentTermGroup group { "post_tag", {} };
+    for (int i = 0; i < 200; ++i)
+        group.terms.push_back({ delicateText(random, 4), "lab-" + std::to_string(i) });
+    payload.terms = { group };
+    store(payload);
+
+    std::map<std::string, std::string> kept;
+    for (auto const& found : stored().terms)
+        for (auto const& term : found.terms)
+            kept[term.slug] = term.name;
+    EXPECT_EQ(kept.size(), group.terms.size());
+    for (auto const& term : group.terms)
+        EXPECT_EQ(kept[term.slug], term.name) << term.slug;
+    EXPECT_EQ(checksums(tables), otherTables);
 }
 
 TEST_P(StoredContent, isLeftAsItIsByARowThatTheServerRefuses)
