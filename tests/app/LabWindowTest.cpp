@@ -4,6 +4,7 @@
 #include "app/MainWindow.h"
 #include "app/SiteDetailView.h"
 #include "app/SiteLogsView.h"
+#include "app/StartRequest.h"
 #include "app/State.h"
 #include "app/SyncHistoryView.h"
 #include "app/WPCLIPanelView.h"
@@ -12,11 +13,14 @@
 #include "core/base/File.h"
 #include "core/base/Paths.h"
 #include "core/protocol/SyncClient.h"
+#include "tests/support/Gzipped.h"
 #include "tests/support/TestKeyring.h"
 #include "tests/support/TestRemote.h"
+#include "tests/support/ZipBuilder.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QProcess>
 #include <QTcpSocket>
 #include <QTest>
 
@@ -72,6 +76,7 @@ protected:
     void pull();
     void moveItems();
     void compareVersions();
+    void importWithAFailingDatabase();
     void removeSite();
 
     Site site() const { return app().sites().at(0); }
@@ -95,6 +100,16 @@ protected:
         ASSERT_TRUE(
             waitUntil([this] { return !isShown("progress.bar") && isShown("progress.phase"); }, patience));
         EXPECT_EQ(textOf("progress.phase"), text("Complete")) << qPrintable(textOf("progress.error"));
+    }
+    /// Has Docker do something with the site behind the program's back.
+    void compose(QStringList words) const
+    {
+        QStringList const project { text("compose"), text("-p"), toQt(site().composeProjectName()) };
+        QProcess docker;
+        docker.setWorkingDirectory(toQt(site().siteDirectory()));
+        docker.start(text("docker"), project + words);
+        ASSERT_TRUE(docker.waitForFinished(300'000));
+        ASSERT_EQ(docker.exitCode(), 0) << docker.readAllStandardError().constData();
     }
     /// Presses the button of the item with that title, as "content.push".
     void clickOnItem(std::string const& button, char const* title)
@@ -127,6 +142,7 @@ TEST_F(LabWindow, aRealSiteIsMadeMovedToAndFromARemoteAndRemoved)
     ASSERT_NO_FATAL_FAILURE(pull());
     ASSERT_NO_FATAL_FAILURE(moveItems());
     ASSERT_NO_FATAL_FAILURE(compareVersions());
+    ASSERT_NO_FATAL_FAILURE(importWithAFailingDatabase());
     ASSERT_NO_FATAL_FAILURE(removeSite());
 }
 
@@ -278,6 +294,40 @@ void LabWindow::compareVersions()
     EXPECT_EQ(found, QStringList({ text("theirs: Remote only"), text("twentytwentyfour: Modified") }));
     click("drift.toggle");
     EXPECT_TRUE(waitFor("drift.matching"));
+}
+
+void LabWindow::importWithAFailingDatabase()
+{
+    auto const package = Paths::home() + "/bakery.twkb.zip";
+    ZipBuilder(package)
+        .file("manifest.json", R"({"site_url":"https://www.bakery.example"})")
+        .file("database.sql.gz",
+            gzipped("DELETE FROM `wp_options` WHERE option_name = 'blogname';\n"
+                    "INSERT INTO `wp_options` VALUES (NULL,'blogname','Bakery, "
+                    "https://www.bakery.example','yes');\n"
+                    "-- Dump completed\n"))
+        .file("wp-content/uploads/bread.txt", "bread");
+    compose({ text("stop"), text("mysql") });
+
+    content().carryOut({ StartRequest::Kind::importPackage, toQt(package) });
+    ASSERT_TRUE(waitUntil([this] { return textOf("import.fileName") == text("bakery.twkb.zip"); }));
+    for (auto const* const picker : { "import.destination", "import.site" }) {
+        click(picker);
+        press(Qt::Key_Down);
+        press(Qt::Key_Return);
+    }
+    click("import.import");
+    ASSERT_TRUE(waitUntil([this] { return isShown("import.retry"); }, patience));
+    EXPECT_TRUE(isShown("import.error"));
+    EXPECT_EQ(readWholeFile(site().wpContentPath() + "/uploads/bread.txt"), "bread");
+
+    compose({ text("up"), text("--detach"), text("--wait") });
+    click("import.retry");
+    ASSERT_TRUE(waitUntil([this] { return find(text("import.import"))->isEnabled(); }, patience));
+    EXPECT_FALSE(isShown("import.error")) << qPrintable(textOf("import.error"));
+    EXPECT_THAT(answerOf(site().httpPort), HasSubstr("<title>Bakery, " + site().localURL() + "</title>"));
+    click("import.cancel");
+    EXPECT_TRUE(waitUntil([this] { return !isShown("import.cancel"); }));
 }
 
 void LabWindow::removeSite()
