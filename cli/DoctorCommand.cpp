@@ -37,6 +37,8 @@ std::string wordOf(Outcome outcome)
     return {};
 }
 
+bool isFailure(DiagnosisCheck const& check) { return check.outcome == Outcome::fail; }
+
 Style styleOf(Outcome outcome)
 {
     return outcome == Outcome::ok ? Style::green : outcome == Outcome::warn ? Style::yellow : Style::red;
@@ -149,8 +151,8 @@ void checkOrphans(std::vector<Site> const& sites, Checks& checks)
 }
 
 /// Ports of sites that do not run but on which something listens.
-void checkPorts(std::vector<Site> const& sites, std::vector<SiteStatus> const& statuses,
-    std::set<int> const& usedPorts, Checks& checks)
+void checkPortsOfSites(
+    std::vector<Site> const& sites, std::vector<SiteStatus> const& statuses, Checks& checks)
 {
     for (std::size_t i = 0; i < sites.size(); ++i) {
         if (statuses[i] != SiteStatus::stopped)
@@ -163,11 +165,14 @@ void checkPorts(std::vector<Site> const& sites, std::vector<SiteStatus> const& s
                         + "'" });
         }
     }
+}
+
+DiagnosisCheck checkFreePorts(std::set<int> const& usedPorts)
+{
     if (PortAllocator::allocate(usedPorts))
-        checks.push_back({ "Ports", Outcome::ok, "There are free ones for a new site.", {} });
-    else
-        checks.push_back({ "Ports", Outcome::fail, "There are none left for a new site.",
-            "Stop or delete sites, or stop what listens on 8080-8999, 4430-4999 or 33060-33999." });
+        return { "Ports", Outcome::ok, "There are free ones for a new site.", {} };
+    return { "Ports", Outcome::fail, "There are none left for a new site.",
+        "Stop or delete sites, or stop what listens on 8080-8999, 4430-4999 or 33060-33999." };
 }
 
 /// What the browsers hold for one site.
@@ -223,10 +228,11 @@ awaitable<Checks> allChecks(Context& context)
     checks.push_back(checkStore(context.sites()));
 
     auto const sites = context.sites().sites();
-    auto const statuses = co_await statusesOf(context, sites);
     checkMissingFolders(sites, checks);
     checkOrphans(sites, checks);
-    checkPorts(sites, statuses, context.sites().usedPorts(), checks);
+    if (std::ranges::none_of(docker, isFailure))  // Else nobody knows whose the ports are.
+        checkPortsOfSites(sites, co_await statusesOf(context, sites), checks);
+    checks.push_back(checkFreePorts(context.sites().usedPorts()));
     checks.push_back(co_await checkBrowsers(sites));
     co_return checks;
 }
@@ -252,8 +258,7 @@ awaitable<int> runDoctor(Context& context)
 {
     auto const checks = co_await allChecks(context);
     print(context.console(), checks);
-    auto const isMissing = [](DiagnosisCheck const& check) { return check.outcome == Outcome::fail; };
-    co_return std::ranges::any_of(checks, isMissing) ? ExitCode::failed : ExitCode::done;
+    co_return std::ranges::any_of(checks, isFailure) ? ExitCode::failed : ExitCode::done;
 }
 
 }  // namespace

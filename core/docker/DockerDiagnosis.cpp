@@ -22,6 +22,7 @@ using Outcome = DiagnosisCheck::Outcome;
 
 constexpr std::string_view defaultEndpoint = "unix:///var/run/docker.sock";
 constexpr std::string_view socketScheme = "unix://";
+constexpr int exitOfTimeout = 124;  ///< Of coreutils' `timeout`, when it had to end the command.
 
 /// The error of a connection to a socket of this machine; 0 when it is accepted.
 int tryToConnect(std::string_view path)
@@ -41,7 +42,7 @@ int tryToConnect(std::string_view path)
 }
 
 struct Answer {
-    bool succeeded = false;
+    int exitCode = 0;
     std::string output;
     std::string words;
 };
@@ -50,10 +51,10 @@ awaitable<Answer> ask(std::string line)
 {
     try {
         auto const result = co_await ShellRunner::shared().shell(std::move(line));
-        co_return Answer { result.exitCode == 0, unicode::trimWhiteSpace(result.stdout),
+        co_return Answer { result.exitCode, unicode::trimWhiteSpace(result.stdout),
             unicode::trimWhiteSpace(result.stderr) };
     } catch (std::exception const& error) {
-        co_return Answer { false, {}, describe(error) };
+        co_return Answer { 1, {}, describe(error) };
     }
 }
 
@@ -145,11 +146,11 @@ DiagnosisCheck judgeCompose(DockerFacts const& facts)
 
 }  // namespace
 
-awaitable<DockerFacts> gatherDockerFacts()
+awaitable<DockerFacts> gatherDockerFacts(std::chrono::seconds patience)
 {
     DockerFacts facts;
     auto const docker = co_await ask("which docker");
-    if (!docker.succeeded)
+    if (docker.exitCode != 0)
         co_return facts;
     facts.dockerPath = docker.output;
 
@@ -162,12 +163,14 @@ awaitable<DockerFacts> gatherDockerFacts()
         facts.socketError = tryToConnect(std::string_view(facts.endpoint).substr(socketScheme.size()));
     facts.defaultSocketAnswers = tryToConnect(defaultEndpoint.substr(socketScheme.size())) == 0;
 
-    auto const engine = co_await ask("docker info --format '{{json .SecurityOptions}}'");
-    facts.engineAnswers = engine.succeeded;
-    facts.engineWords = engine.words;
-    facts.rootless = engine.succeeded && engine.output.find("name=rootless") != std::string::npos;
+    auto const engine = co_await ask(
+        fmt::format("timeout {} docker info --format '{{{{json .SecurityOptions}}}}'", patience.count()));
+    facts.engineAnswers = engine.exitCode == 0;
+    facts.engineWords
+        = engine.exitCode == exitOfTimeout ? fmt::format("not within {} s.", patience.count()) : engine.words;
+    facts.rootless = facts.engineAnswers && engine.output.find("name=rootless") != std::string::npos;
     auto const compose = co_await ask("docker compose version --short");
-    if (compose.succeeded)
+    if (compose.exitCode == 0)
         facts.composeVersion = compose.output;
     co_return facts;
 }

@@ -2,6 +2,7 @@
 
 #include "core/base/Async.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,13 +30,15 @@ struct DockerFacts {
     int socketError = 0;
     bool defaultSocketAnswers = false;  ///< Whether /var/run/docker.sock accepts a connection.
     bool engineAnswers = false;
-    std::string engineWords;  ///< What `docker info` said on standard error.
+    std::string engineWords;  ///< What `docker info` said on standard error, or how long it said nothing.
     bool rootless = false;
     std::optional<std::string> composeVersion;  ///< As "2.29.1".
 };
 
 /// Asks Docker through the user's login shell. Never throws: what cannot be found out stays empty.
-awaitable<DockerFacts> gatherDockerFacts();
+///
+/// @param patience  how long the engine may take; one that hangs would never answer
+awaitable<DockerFacts> gatherDockerFacts(std::chrono::seconds patience = std::chrono::seconds(20));
 
 /// The checks in the order in which one depends on the other: docker, engine, Compose. A check that makes no
 /// sense after a failed one is left out.

@@ -1,5 +1,7 @@
 #include "tests/cli/CommandLineTest.h"
 
+#include <boost/asio/ip/tcp.hpp>
+
 #include <filesystem>
 
 namespace harbor {
@@ -39,6 +41,17 @@ TEST_F(Doctor, exitsWithOneWhenTheEngineIsMissing)
     auto const result = twkb({ "doctor" });
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.stdout, HasSubstr("\nfail  Docker engine"));
+}
+
+TEST_F(Doctor, blamesNobodyForAPortWhileTheEngineDoesNotAnswer)
+{
+    asio::ip::tcp::acceptor const listener(context, { asio::ip::address_v4::any(), 0 });
+    auto site = addSite("Shop");
+    site.httpPort = listener.local_endpoint().port();
+    SiteStore().update(site);
+    EXPECT_EQ(check("Site shop")["outcome"], "warn");
+    docker.answer("info", 1, "", "Cannot connect to the Docker daemon");
+    EXPECT_TRUE(check("Site shop").is_null());
 }
 
 TEST_F(Doctor, namesSitesWithoutAFolder)

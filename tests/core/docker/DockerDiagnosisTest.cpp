@@ -191,6 +191,14 @@ TEST_F(GatherDockerFacts, findsAMissingComposeAndASilentEngine)
     EXPECT_EQ(facts.composeVersion, std::nullopt);
 }
 
+TEST_F(GatherDockerFacts, doesNotWaitForEverForAnEngineThatHangs)
+{
+    recorder.answer("info", 0, "", "", "exec sleep 600");
+    auto const facts = runToEnd(context, gatherDockerFacts(std::chrono::seconds(1)));
+    EXPECT_FALSE(facts.engineAnswers);
+    EXPECT_EQ(facts.engineWords, "not within 1 s.");
+}
+
 TEST_F(GatherDockerFacts, triesTheSocketItself)
 {
     auto const path = recorder.home.path() + "/engine.sock";
