@@ -15,6 +15,7 @@ namespace {
 using namespace std::chrono;
 
 constexpr std::string_view endDateKey = "notAfter=";
+constexpr year lastYear { 2261 };
 
 std::optional<month> monthNamed(std::string_view name)
 {
@@ -48,6 +49,10 @@ std::optional<TimePoint> parseDate(std::string const& text)
     auto const isTime = hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60;
     if (!date.ok() || !isTime)
         return std::nullopt;
+    // A moment counts nanoseconds in 64 bits, which end in 2262. A certificate "without end" has the year
+    // 9999.
+    if (date.year() > lastYear)
+        return sys_days(lastYear / December / last) + hours(24) - seconds(1);
     return sys_days(date) + hours(hour) + minutes(minute) + seconds(second);
 }
 

@@ -36,6 +36,7 @@ TEST_P(ParseExpiry, readsTheOutputOfOpenssl)
 INSTANTIATE_TEST_SUITE_P(Cases, ParseExpiry,
     testing::Values(ExpiryCase { "aPaddedDay", "notAfter=Nov  4 12:00:00 2036 GMT", "2036-11-04T12:00:00Z" },
         ExpiryCase { "aLongDay", "notAfter=Feb 29 23:59:59 2028 GMT\n", "2028-02-29T23:59:59Z" },
+        ExpiryCase { "noEndAtAll", "notAfter=Dec 31 23:59:59 9999 GMT", "2261-12-31T23:59:59Z" },
         ExpiryCase { "textBeforeIsSkipped", "warning\n notAfter=x\nnotAfter=Jan  1 00:00:00 2030 GMT",
             "2030-01-01T00:00:00Z" },
         ExpiryCase { "onlyTheFirstLineCounts", "notAfter=x\nnotAfter=Jan  1 00:00:00 2030 GMT", "" },
