@@ -4,6 +4,7 @@
 #include "core/base/File.h"
 
 #include <string_view>
+#include <unistd.h>
 
 namespace harbor {
 
@@ -114,7 +115,8 @@ void ComposeOverride::write(std::string const& siteFolder, WebServer webServer)
 {
     auto const overrideFile = siteFolder + "/docker-compose.override.yml";
     auto const clientFile = siteFolder + "/mysql-client.cnf";
-    // The mounted file comes first: Docker makes a folder of a name that is missing.
+    // The mounted file comes first: Docker makes an empty folder of a name that is missing.
+    ::rmdir(clientFile.c_str());
     if (isOurs(clientFile))
         writeAtomically(clientFile, mysqlClientConfig(), 0644);
     if (isOurs(overrideFile))

@@ -79,8 +79,7 @@ int countOf(std::string const& part, std::string const& text)
 
 TEST(ComposeTemplateBuilder, everyTextHasTwoPasswordsOfItsOwn)
 {
-    for (auto* compose :
-        { ComposeTemplateBuilder::apacheCompose, ComposeTemplateBuilder::nginxCompose }) {
+    for (auto* compose : { ComposeTemplateBuilder::apacheCompose, ComposeTemplateBuilder::nginxCompose }) {
         std::set<std::string> all;
         for (int i = 0; i < 2; ++i) {
             auto const text = compose(aSite(WebServer::apache));
@@ -152,6 +151,13 @@ TEST_F(ComposeOverrideTest, aFileWithOurFirstLineIsRenewed)
     std::ofstream(overrideFile) << text.substr(0, text.find('\n') + 1) << "services: {}\n";
     ComposeOverride::write(folder.path(), WebServer::apache);
     EXPECT_EQ(readWholeFile(overrideFile), text);
+}
+
+TEST_F(ComposeOverrideTest, theFolderThatDockerMakesOfAMissingFileIsReplaced)
+{
+    createDirectories(clientFile);
+    ComposeOverride::write(folder.path(), WebServer::apache);
+    EXPECT_EQ(readWholeFile(clientFile), ComposeOverride::mysqlClientConfig());
 }
 
 TEST_F(ComposeOverrideTest, theUsersOwnFilesStay)
