@@ -105,7 +105,8 @@ std::set<int> SiteStore::usedPorts() const
 
 void SiteStore::reload()
 {
-    if (lastSaveError_)
+    // No program removes the file: one that is missing was moved away, and the next save writes it again.
+    if (lastSaveError_ || !fileExists(storeURL()))
         return;
     try {
         auto stored = readSites(storeURL());

@@ -181,6 +181,17 @@ TEST_F(SiteStoreTest, reloadingFindsTheChangesOfAnotherProcess)
     EXPECT_EQ(heard, 1);
 }
 
+TEST_F(SiteStoreTest, aFileThatIsMovedAwayComesBackWithTheNextChange)
+{
+    SiteStore store;
+    store.add(site("kept"));
+    std::filesystem::remove(SiteStore::storeURL());
+    store.reload();
+    EXPECT_THAT(names(store), ElementsAre("kept"));
+    store.change([](SiteStore& sites) { sites.add(site("added")); });
+    EXPECT_THAT(names(SiteStore()), ElementsAre("kept", "added"));
+}
+
 TEST_F(SiteStoreTest, reloadingADamagedFileKeepsTheList)
 {
     SiteStore store;
