@@ -3,6 +3,7 @@
 #include "app/QtMainThread.h"
 
 #include "core/base/Describe.h"
+#include "core/base/File.h"
 #include "core/site/CreationTurn.h"
 
 #include <QFileInfo>
@@ -64,7 +65,12 @@ awaitable<void> AppState::refreshAllStatuses()
 
 awaitable<Site> AppState::createSite(std::string name, PHPVersion phpVersion, WebServer webServer)
 {
-    auto const turn = co_await turnToCreate(desktop_.clock);
+    std::optional<FileLock> turn;
+    try {
+        turn = co_await turnToCreate(desktop_.clock);
+    } catch (FileError const&) {
+        // Without a file to lock there is no turn to wait for; like the list of sites, it fails no operation.
+    }
     store_.reload();
     auto const site = co_await lifecycle_.create(std::move(name), phpVersion, webServer, store_.usedPorts());
     changeSites([&](SiteStore& sites) { sites.add(site); });

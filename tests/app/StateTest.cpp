@@ -183,6 +183,17 @@ TEST_F(AppTest, aListThatCannotBeSavedIsSaidSo)
     EXPECT_EQ(app->sites().size(), 1);
 }
 
+TEST_F(AppTest, aSiteIsCreatedEvenWhereTheListCannotBeSaved)
+{
+    std::filesystem::remove_all(Paths::applicationSupport());
+    writeAtomically(Paths::applicationSupport(), "a file where the folder should be", 0600);
+    auto const create = makeState<CreateSiteView>(app);
+    create->setSiteName(text("Bakery"));
+    create->create();
+    EXPECT_TRUE(waitUntil([&] { return app->sites().size() == 1; }));
+    EXPECT_EQ(create->error(), QString());
+}
+
 TEST_F(AppTest, linksOfASiteOpenOnItsPorts)
 {
     auto const site = addSite("One");
