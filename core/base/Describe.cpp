@@ -3,7 +3,6 @@
 #include <boost/system/system_error.hpp>
 
 #include <filesystem>
-#include <system_error>
 
 namespace harbor {
 
@@ -14,8 +13,6 @@ std::string describe(std::exception const& error)
     // boost::system::system_error does not derive from std::system_error.
     if (auto const* boost = dynamic_cast<boost::system::system_error const*>(&error))
         return boost->code().message();
-    if (auto const* system = dynamic_cast<std::system_error const*>(&error))
-        return system->code().message();
     return error.what();
 }
 

@@ -1,6 +1,5 @@
 #include "core/sync/Gzip.h"
 
-#include "core/base/Describe.h"
 #include "core/base/File.h"
 #include "core/base/Unicode.h"
 #include "core/protocol/SyncError.h"
@@ -51,7 +50,7 @@ awaitable<void> runGzip(std::vector<std::string> arguments, std::string output, 
     try {
         result = co_await ShellRunner::shared().runToFile(program, arguments, file.descriptor());
     } catch (std::system_error const& error) {
-        throw SyncError::connectionFailed("Failed to launch gzip: " + describe(error));
+        throw SyncError::connectionFailed("Failed to launch gzip: " + error.code().message());
     }
     if (result.exitCode != 0)
         throw SyncError::connectionFailed("gzip failed: " + reasonOf(result));

@@ -100,8 +100,8 @@ TEST(NotificationCenter, aSubscriptionMayOutliveTheCenter)
 
 TEST(Describe, theSystemsErrorsSpeakTheSystemsWords)
 {
-    EXPECT_EQ(
-        describe(std::system_error(ENOENT, std::generic_category(), "prefix")), "No such file or directory");
+    EXPECT_EQ(describe(std::system_error(ENOENT, std::generic_category(), "Cannot enter the folder /x")),
+        "Cannot enter the folder /x: No such file or directory");
     EXPECT_EQ(describe(boost::system::system_error(
                   boost::system::errc::make_error_code(boost::system::errc::connection_refused))),
         "Connection refused");
