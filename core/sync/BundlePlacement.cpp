@@ -111,12 +111,13 @@ File Placement::createAside() const { return createFresh(name_ + ".twkb-tmp"); }
 File Placement::createFresh(std::string const& name) const
 {
     // A failure to remove shows in the next step, which takes nothing but a name that is free.
-    ::unlinkat(folder_.descriptor(), name.c_str(), 0);
+    auto const kept = ::unlinkat(folder_.descriptor(), name.c_str(), 0) == 0 ? 0 : errno;
     auto const descriptor = ::openat(
         folder_.descriptor(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, fileMode);
+    auto const path = path_.substr(0, path_.size() - name_.size()) + name;
     if (descriptor < 0)
-        throw FileError(errno, path_);
-    auto file = File::adopt(descriptor, path_);
+        throw FileError(errno == EEXIST && kept != 0 ? kept : errno, path);
+    auto file = File::adopt(descriptor, path);
     file.setMode(fileMode);
     return file;
 }

@@ -134,10 +134,11 @@ awaitable<void> FileSync::verifyLocalCopies(std::vector<ManifestFile> files, std
     auto const hashes = co_await callOn(WorkerPool::executor(), hash);
     throwIfStopped(stop_);
 
-    // A path that was skipped is never ours, whatever lies where it points.
+    // A path that was skipped is never ours, whatever lies where it points. A copy that is missing has no
+    // hash, and nor has a file that the remote itself could not read.
     std::vector<std::string> failed;
     for (std::size_t i = 0; i < files.size(); ++i)
-        if (hashes[i] != files[i].hash || !isSafeBundlePath(files[i].path))
+        if (hashes[i].empty() || hashes[i] != files[i].hash || !isSafeBundlePath(files[i].path))
             failed.push_back(files[i].path);
     if (failed.empty())
         co_await log(progress_, "All files verified.");

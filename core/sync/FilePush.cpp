@@ -94,6 +94,10 @@ awaitable<FileTransfer> FileSync::planPush(
 awaitable<void> FileSync::pushBatch(FileBatch batch, std::size_t number, std::size_t count, std::string root)
 {
     throwIfStopped(stop_);
+    for (auto const& file : batch.files) {
+        if (file.hash.empty())  // What refuses it below does not name it.
+            co_await log(progress_, "Cannot be read: " + file.path);
+    }
     auto const bundle = makeBundleFile();
     auto const write = [&] { writeBundle(bundle.path(), batch.files, root, stop_); };
     co_await callOn(WorkerPool::executor(), write);

@@ -166,6 +166,19 @@ TEST_F(FilePullTest, aFileThatTheBundleLeavesOutIsReportedByTheCheck)
     EXPECT_THAT(logs(), Contains("WARNING: 1 files failed verification: themes/b.png"));
 }
 
+TEST_F(FilePullTest, aFileThatTheRemoteItselfCannotReadFailsTheCheck)
+{
+    remote->failOn("/manifest", Fault::json([](Json& reply) {
+        reply["files"].push_back(
+            { { "path", "themes/a.png" }, { "hash", "" }, { "size", 7 }, { "modified", 0 } });
+    }));
+    haveBundle({});
+
+    pull({ "themes" });
+
+    EXPECT_THAT(logs(), Contains("WARNING: 1 files failed verification: themes/a.png"));
+}
+
 TEST_F(FilePullTest, aFileThatNobodyAskedForIsPlacedAllTheSame)
 {
     remote->writeFile("themes/a.png", "a");
@@ -322,8 +335,17 @@ TEST_F(FilePullTest, aPathThatNamesAFolderEndsTheRunAndTheFolderKeepsItsFiles)
 
     haveRemote(false);
     haveManifestName("themes", 7);
-    EXPECT_THROW(pull({ "themes" }), FileError);
+    expectFailure([&] { pull({ "themes" }); }, "Is a directory: " + root + "/themes");
     EXPECT_EQ(local("themes/a.css"), "a");
+}
+
+TEST_F(FilePullTest, aFolderUnderTheTemporaryNameIsNamed)
+{
+    remote->writeFile("themes/a.png", "a");
+    haveLocal("themes/a.png.twkb-tmp/kept", "kept");
+
+    expectFailure([&] { pull({ "themes" }); }, "Is a directory: " + root + "/themes/a.png.twkb-tmp");
+    EXPECT_EQ(local("themes/a.png.twkb-tmp/kept"), "kept");
 }
 
 TEST_F(FilePullTest, aPathThroughAFileEndsTheRun)

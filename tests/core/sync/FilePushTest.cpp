@@ -350,6 +350,7 @@ TEST_F(FilePushTest, aFileWithoutAHashEndsAnArchiveRun)
     ASSERT_EQ(::mkfifo((root + "/themes/pipe").c_str(), 0644), 0);
 
     expectFailure([&] { push({ "themes" }); }, "Bundle entry hash is invalid.");
+    EXPECT_THAT(logs(), Contains("Cannot be read: themes/pipe"));
     EXPECT_THAT(temporaryFiles(), IsEmpty());
     EXPECT_THAT(remote->requestsTo("/files/archive"), IsEmpty());
 }
