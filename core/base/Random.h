@@ -4,7 +4,6 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -35,8 +34,3 @@ private:
 };
 
 }  // namespace harbor
-
-template <>
-struct std::hash<harbor::Uuid> {
-    std::size_t operator()(harbor::Uuid const& uuid) const { return std::hash<std::string> {}(uuid.text()); }
-};

@@ -16,15 +16,6 @@ constexpr std::array<std::string_view, 10> phaseTexts { "Idle", "Connecting...",
 
 std::string phaseText(Phase phase) { return std::string(phaseTexts[static_cast<std::size_t>(phase)]); }
 
-std::optional<Phase> phaseFromText(std::string_view text)
-{
-    for (std::size_t i = 0; i < phaseTexts.size(); ++i) {
-        if (phaseTexts[i] == text)
-            return static_cast<Phase>(i);
-    }
-    return std::nullopt;
-}
-
 SyncProgress::SyncProgress(MainThread mainThread)
     : mainThread_(std::move(mainThread))
 {
@@ -33,7 +24,7 @@ SyncProgress::SyncProgress(MainThread mainThread)
 void SyncProgress::log(std::string_view message)
 {
     logs_.push_back("[" + localTimeOfDay(std::chrono::system_clock::now()) + "] " + std::string(message));
-    if (logs_.size() > longestLog)
+    while (logs_.size() > longestLog)
         logs_.pop_front();
     tell(Field::logs);
 }

@@ -27,7 +27,6 @@ enum class Phase {
 };
 
 std::string phaseText(Phase phase);
-std::optional<Phase> phaseFromText(std::string_view text);
 
 /// The one object through which a long operation speaks to a screen. Main thread only: engines hop there for
 /// each update, by `enter`, `log` and `update` below. A write of an equal value tells no observer.
