@@ -14,8 +14,7 @@ namespace harbor {
 void prepareScreens()
 {
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
-    // Not every desktop's theme asks for them, and without them no symbol tells its meaning under the
-    // pointer.
+    // Not every desktop's theme asks for them, and without them no symbol tells its meaning.
     QGuiApplication::styleHints()->setUseHoverEffects(true);
     auto paths = QIcon::themeSearchPaths();
     if (!paths.contains(QStringLiteral("/usr/share/icons")))

@@ -85,6 +85,14 @@ std::string certificateCommand(std::string const& folder)
           "'subjectAltName=DNS:localhost,DNS:*.localhost,IP:127.0.0.1'";
 }
 
+/// Whether the slug is one plain name. A list of sites that was damaged or edited by hand can hold any text
+/// there, and an empty one or ".." would name the folders of all sites.
+bool hasFolderOfItsOwn(Site const& site)
+{
+    return !site.slug.empty() && site.slug != "." && site.slug != ".."
+        && site.slug.find('/') == std::string::npos;
+}
+
 }  // namespace
 
 SiteLifecycle::SiteLifecycle()
@@ -144,14 +152,6 @@ awaitable<void> SiteLifecycle::stop(Site site)
 awaitable<void> SiteLifecycle::remove(Site site, bool deleteFiles)
 {
     return runOn(executor_, destroy(std::move(site), deleteFiles));
-}
-
-/// Whether the slug is one plain name. A list of sites that was damaged or edited by hand can hold any text
-/// there, and an empty one or ".." would name the folders of all sites.
-static bool hasFolderOfItsOwn(Site const& site)
-{
-    return !site.slug.empty() && site.slug != "." && site.slug != ".."
-        && site.slug.find('/') == std::string::npos;
 }
 
 awaitable<void> SiteLifecycle::destroy(Site site, bool deleteFiles)
