@@ -8,14 +8,12 @@
 #include "app/State.h"
 #include "app/SyncHistoryView.h"
 #include "app/WPCLIPanelView.h"
-#include "tests/app/WindowTest.h"
+#include "tests/app/RemoteTest.h"
 
 #include "core/base/File.h"
 #include "core/base/Paths.h"
 #include "core/protocol/SyncClient.h"
 #include "tests/support/Gzipped.h"
-#include "tests/support/TestKeyring.h"
-#include "tests/support/TestRemote.h"
 #include "tests/support/ZipBuilder.h"
 
 #include <QClipboard>
@@ -59,7 +57,7 @@ Json pageOf(TestRemote const& remote, char const* title, char const* slug, std::
     return page;
 }
 
-class LabWindow : public Test, public WindowDriver {
+class LabWindow : protected RemoteSide, public Test, public WindowDriver {
 protected:
     LabWindow()
         : WindowDriver(makeState<AppState>(Desktop::system()), toQt(Paths::home() + "/window.ini"))
@@ -122,9 +120,6 @@ protected:
         ASSERT_TRUE(waitFor(name.c_str()));  // Rows are drawn some time after they have changed.
         click(name.c_str());
     }
-
-    TestKeyring keyring;
-    TestRemote remote;
 };
 
 }  // namespace

@@ -16,7 +16,6 @@ namespace harbor {
 /// What a remote site brings along. It stays until the state of a test has gone: a task that asks a keyring
 /// which goes meanwhile waits for ever.
 struct RemoteSide {
-    TemporaryHome keyringHome;
     TestKeyring keyring;
     TestRemote remote;
 };

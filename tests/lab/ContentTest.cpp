@@ -19,9 +19,8 @@ protected:
     {
         query("DELETE FROM wp_posts WHERE ID = 4812; DELETE FROM wp_postmeta WHERE post_id = 4812; "
               "DELETE FROM wp_term_relationships WHERE object_id = 4812; "
-              "DELETE FROM wp_term_taxonomy WHERE term_id IN (SELECT term_id FROM wp_terms WHERE slug LIKE "
-              "'lab-%'); "
-              "DELETE FROM wp_terms WHERE slug LIKE 'lab-%'");
+              "DELETE wp_terms, wp_term_taxonomy FROM wp_terms LEFT JOIN wp_term_taxonomy USING (term_id) "
+              "WHERE slug LIKE 'lab-%'");
     }
 
     PostPayload item() const

@@ -96,9 +96,17 @@ auto* const bus = testing::AddGlobalTestEnvironment(new SessionBus);
 
 }  // namespace
 
+/// The daemon keeps its files in a home of its own, so that none of them is left in the test's.
 struct TestKeyring::Process {
-    Daemon daemon { { "gnome-keyring-daemon", "--foreground", "--unlock", "--components=secrets" },
-        "a password" };
+    static Daemon startIn(std::string const& home)
+    {
+        ScopedVariable const homeVariable("HOME", home), data("XDG_DATA_HOME", home + "/.local/share");
+        return Daemon(
+            { "gnome-keyring-daemon", "--foreground", "--unlock", "--components=secrets" }, "a password");
+    }
+
+    TemporaryDirectory home { "twkb-keyring-" };
+    Daemon daemon = startIn(home.path());
 };
 
 TestKeyring::TestKeyring()
