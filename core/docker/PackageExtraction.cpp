@@ -1,9 +1,11 @@
 #include "core/docker/PackageExtraction.h"
 
+#include "core/base/Describe.h"
 #include "core/base/File.h"
 #include "core/base/Interrupted.h"
 #include "core/base/WorkerPool.h"
 #include "core/docker/ImportError.h"
+#include "core/docker/StoredNames.h"
 #include "core/site/ShellRunner.h"
 
 #include <archive.h>
@@ -54,12 +56,16 @@ private:
 
 [[noreturn]] void fail(std::string const& words) { throw ImportError::extractionFailed(words); }
 
+std::string wordsOf(archive* source)
+{
+    auto const* words = archive_error_string(source);
+    return words ? words : "The archive cannot be read.";
+}
+
 void check(int status, archive* source)
 {
-    if (status < ARCHIVE_WARN) {
-        auto const* words = archive_error_string(source);
-        fail(words ? words : "The archive cannot be read.");
-    }
+    if (status < ARCHIVE_WARN)
+        fail(wordsOf(source));
 }
 
 /// The entry's name as UTF-8 bytes. Names without the archive's UTF-8 mark are taken as they stand.
@@ -91,8 +97,11 @@ void copyData(archive* reader, archive* writer)
         auto const status = archive_read_data_block(reader, &block, &size, &offset);
         if (status == ARCHIVE_EOF)
             return;
-        check(status, reader);
-        check(static_cast<int>(archive_write_data_block(writer, block, size, offset)), writer);
+        // What libarchive calls warnings here are a checksum or a size that does not fit, and a failed write.
+        if (status != ARCHIVE_OK)
+            fail(wordsOf(reader));
+        if (archive_write_data_block(writer, block, size, offset) < ARCHIVE_OK)
+            fail(wordsOf(writer) + ": " + describeErrno(archive_errno(writer)));
     }
 }
 
@@ -105,6 +114,7 @@ public:
         , stop_(std::move(stop))
         , reader_(archive_read_new())
         , writer_(archive_write_disk_new())
+        , names_(package)
     {
         archive_read_support_format_zip(reader_.get());
         constexpr std::size_t blockSize = 262'144;
@@ -138,7 +148,7 @@ private:
 
     void take(archive_entry* entry)
     {
-        auto const name = nameOf(entry);
+        auto const name = names_.take(nameOf(entry));
         if (isMacMetadata(name))
             return;
         if (name.empty() || leavesTarget(name))
@@ -188,6 +198,7 @@ private:
     std::stop_token stop_;
     Reader reader_;
     Writer writer_;
+    StoredNames names_;
     std::vector<Link> links_;
 };
 

@@ -4,13 +4,16 @@
 #include "core/base/File.h"
 #include "core/base/Interrupted.h"
 #include "core/docker/ImportError.h"
+#include "core/docker/StoredNames.h"
 #include "tests/support/RunToEnd.h"
 #include "tests/support/TemporaryHome.h"
 #include "tests/support/ZipBuilder.h"
 
 #include <gmock/gmock.h>
 
+#include <csignal>
 #include <filesystem>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace harbor {
@@ -29,6 +32,16 @@ protected:
     void SetUp() override { createDirectories(target, 0700); }
 
     void extract() { runToEnd(context, extractZip(package, target)); }
+    /// Sets bit 11 of the flags of every entry.
+    void markNamesAsUtf8() const
+    {
+        auto bytes = readWholeFile(package);
+        for (auto const& [signature, flags] : { std::pair("PK\3\4", 7U), std::pair("PK\1\2", 9U) }) {
+            for (auto at = bytes.find(signature); at != bytes.npos; at = bytes.find(signature, at + 1))
+                bytes[at + flags] = static_cast<char>(bytes[at + flags] | 8);
+        }
+        writeAtomically(package, bytes, 0600);
+    }
     std::string content(std::string const& name) const { return readWholeFile(target + "/" + name); }
     bool exists(std::string const& name) const
     {
@@ -54,6 +67,54 @@ TEST_F(PackageExtractionTest, namesOfAnyScriptStay)
     ZipBuilder(package).file("wp-content/uploads/Grüße-日本.jpg", "x");
     extract();
     EXPECT_EQ(content("wp-content/uploads/Grüße-日本.jpg"), "x");
+}
+
+TEST_F(PackageExtractionTest, namesKeepTheirLettersAsTheyAreStored)
+{
+    std::vector<std::string> const names { "a", "cafe\u0301.jpg", "caf\u00e9.jpg", "\u1100\u1161", "\uac00" };
+    {
+        ZipBuilder zip(package);
+        for (auto const& name : names)
+            zip.file(name, name);
+    }
+    markNamesAsUtf8();
+    extract();
+    for (auto const& name : names)
+        EXPECT_EQ(content(name), name);
+}
+
+TEST_F(PackageExtractionTest, aDamagedDirectoryLeavesTheNamesAsTheyAre)
+{
+    std::string const end("PK\5\6\0\0\0\0\1\0\1\0\xff\xff\xff\xff\0\0\0\0\0\0", 22);
+    for (auto const& bytes : { std::string(), end, "PK\6\6" + end, end.substr(0, 12), end + "PK\5\6",
+             std::string(100, 'x') + "PK\6\6" + std::string(60, '\xff') + end }) {
+        writeAtomically(package, bytes, 0600);
+        EXPECT_EQ(StoredNames(package).take("cafe\u0301"), "cafe\u0301");
+    }
+}
+
+TEST_F(PackageExtractionTest, anEntryThatDoesNotFitItsChecksumFails)
+{
+    ZipBuilder(package).file("themes/a.css", std::string(1'000, 'a'));
+    auto bytes = readWholeFile(package);
+    auto const checksum = bytes.find("PK\1\2") + 16;
+    for (auto const place : { bytes.find("PK\3\4") + 14, bytes.find("PK\7\10") + 4, checksum })
+        bytes[place] = static_cast<char>(bytes[place] ^ 1);
+    writeAtomically(package, bytes, 0600);
+    EXPECT_THAT([&] { extract(); }, ThrowsMessage<ImportError>(HasSubstr("ZIP bad CRC")));
+}
+
+TEST_F(PackageExtractionTest, aWriteThatFailsIsNoSuccess)
+{
+    ZipBuilder(package).file("uploads/big.bin", std::string(300'000, 'x'));
+    rlimit before {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit const small { 100'000, before.rlim_max };  // As on a full disk: the write comes back short.
+    auto const handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THAT([&] { extract(); }, ThrowsMessage<ImportError>(HasSubstr("Write failed: File too large")));
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
 }
 
 TEST_F(PackageExtractionTest, theMacsMetadataIsLeftOut)
