@@ -7,6 +7,7 @@
 #include "core/base/Unicode.h"
 #include "core/base/WorkerPool.h"
 
+#include <cstdlib>
 #include <regex>
 
 namespace harbor {
@@ -91,15 +92,19 @@ std::optional<TimePoint> ContainerInfo::startedAt() const
     if (!isRunning())
         return std::nullopt;
     static std::regex const uptime(
-        R"(Up\s+(?:About\s+)?(\d{1,9})\s+(second|minute|hour|day|week|month))", std::regex::icase);
+        R"(Up\s+(?:About\s+)?(\d+)\s+(second|minute|hour|day|week|month))", std::regex::icase);
+    auto const status = Status.substr(0, 1'000);  // The search needs stack for each character.
     std::smatch match;
-    if (!std::regex_search(Status, match, uptime))
+    if (!std::regex_search(status, match, uptime))
         return fetchedAt;
-    static std::map<std::string, std::chrono::seconds> const lengths { { "second", std::chrono::seconds(1) },
-        { "minute", std::chrono::minutes(1) }, { "hour", std::chrono::hours(1) },
-        { "day", std::chrono::days(1) }, { "week", std::chrono::weeks(1) },
-        { "month", std::chrono::seconds(2'592'000) } };
-    return fetchedAt - std::stol(match[1]) * lengths.at(unicode::lowerCased(match[2].str()));
+    static std::map<std::string, double> const lengths { { "second", 1 }, { "minute", 60 }, { "hour", 3'600 },
+        { "day", 86'400 }, { "week", 604'800 }, { "month", 2'592'000 } };
+    using Seconds = std::chrono::duration<double>;
+    Seconds const uptimeLength(
+        std::strtod(match[1].str().c_str(), nullptr) * lengths.at(unicode::lowerCased(match[2].str())));
+    if (uptimeLength > std::chrono::years(200))  // More than a moment holds.
+        return fetchedAt;
+    return fetchedAt - std::chrono::duration_cast<TimePoint::duration>(uptimeLength);
 }
 
 void readJson(JsonReader const& reader, ContainerInfo& result)
