@@ -3,6 +3,7 @@
 
 #include "core/base/TerminalText.h"
 #include "core/base/Timestamp.h"
+#include "core/protocol/SyncError.h"
 #include "core/sync/ContentRun.h"
 
 #include <algorithm>
@@ -84,17 +85,35 @@ awaitable<void> listItems(Context& context, ContentOptions options)
     context.console().printTable(table);
 }
 
-/// The item of that id among all types, so that questions and journal can name it.
+/// The item of that id, whatever its type on either side, so that questions and journal can name it.
 awaitable<ContentRow> findRow(ContentRun run, std::int64_t id)
 {
+    ContentRow row { .id = id, .local = {}, .remote = {} };
+    auto const look = [id](std::vector<ContentItemSummary> const& items, auto& side) {
+        auto const found = std::ranges::find(items, id, &ContentItemSummary::id);
+        if (!side && found != items.end())
+            side = *found;
+    };
+    std::exception_ptr refusal;  // Of a type that the remote does not know, which hides no item of another.
     for (auto const& type : co_await fetchContentTypes(run)) {
-        auto const lists = co_await fetchContentItems(run, type.name);
-        auto const rows = makeContentRows(lists.local, lists.remote);
-        auto const found = std::ranges::find(rows, id, &ContentRow::id);
-        if (found != rows.end())
-            co_return *found;
+        try {
+            auto const lists = co_await fetchContentItems(run, type.name);
+            look(lists.local, row.local);
+            look(lists.remote, row.remote);
+        } catch (SyncError const& error) {
+            if (error.kind() != SyncError::Case::serverError)
+                throw;
+            refusal = std::current_exception();
+        }
+        if (row.local && row.remote)
+            break;
     }
-    throw CommandError("There is no item with the ID " + std::to_string(id) + " on either site.");
+
+    if (!row.local && !row.remote && refusal)
+        std::rethrow_exception(refusal);
+    if (!row.local && !row.remote)
+        throw CommandError("There is no item with the ID " + std::to_string(id) + " on either site.");
+    co_return row;
 }
 
 void tellOutcome(Console& console, ContentRow const& row, ContentOutcome const& outcome)

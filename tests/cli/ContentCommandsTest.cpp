@@ -160,6 +160,21 @@ TEST_F(ContentCommands, aTitleCannotDriveTheTerminal)
     EXPECT_EQ(linked({ "content", "pull", "shop", "12" }).stdout, "Pulled \"About\" from remote\n");
 }
 
+TEST_F(ContentCommands, anItemHasOneIDWhateverItsTypeOnEitherSide)
+{
+    remote.setPost(5, TestRemote::makePost("post", "Old news", "old-news"));
+    auto const result = linked({ "content", "pull", "shop", "5" });
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+    EXPECT_THAT(loaded(), StartsWith("REPLACE INTO wp_posts (`ID`, "));
+}
+
+TEST_F(ContentCommands, aTypeThatTheRemoteRefusesHidesNoItemOfAnother)
+{
+    remote.failOn("/content", Fault::answer(400));
+    auto const result = linked({ "content", "pull", "shop", "30" });
+    EXPECT_EQ(result.exitCode, 0) << result.stderr;
+}
+
 TEST_F(ContentCommands, anItemThatIsNotThereIsToldSo)
 {
     auto result = linked({ "content", "push", "shop", "99", "--yes" });
