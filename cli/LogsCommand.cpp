@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "core/base/File.h"
 #include "core/base/TerminalText.h"
 
 #include <boost/asio/bind_cancellation_slot.hpp>
@@ -49,6 +50,8 @@ private:
 
 awaitable<void> follow(Context& context, Site site)
 {
+    if (!fileExists(site.siteDirectory()))  // The stream would only be empty.
+        throw CommandError("There is no folder " + site.siteDirectory() + ".");
     auto stream = co_await DockerCLI::shared().logs(site.siteDirectory(), site.composeProjectName());
     std::optional<OutputStream> open(std::move(stream));
     // Dropping the stream ends the child, and with it the wait for the next chunk.

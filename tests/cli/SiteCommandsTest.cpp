@@ -289,6 +289,15 @@ TEST_F(SiteCommands, logsPrintsBothOutputsWithoutControlSequences)
     EXPECT_THAT(dockerCalls(), ElementsAre("compose|-p|twkb-shop|logs|--tail|100"));
 }
 
+TEST_F(SiteCommands, followingTheLogsOfASiteWithoutAFolderFails)
+{
+    auto const site = addSite("Shop");
+    std::filesystem::remove_all(site.siteDirectory());
+    auto const result = twkb({ "site", "logs", "shop", "--follow" });
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.stderr, "twkb: There is no folder " + site.siteDirectory() + ".\n");
+}
+
 TEST_F(SiteCommands, openPrintsTheAddressAndCallsTheDesktopsOpener)
 {
     auto const site = addSite("Shop");
