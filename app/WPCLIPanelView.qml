@@ -1,3 +1,4 @@
+import QtQml.Models
 import QtQuick
 import QtQuick.Layouts
 import Harbor
@@ -23,8 +24,11 @@ Panel {
 
             y: recentButton.height + 2
 
-            Repeater {
+            // A repeater's entries would land behind the fixed ones whenever the history changes.
+            Instantiator {
                 model: root.view.history
+                onObjectAdded: (index, entry) => recentMenu.insertItem(index, entry)
+                onObjectRemoved: (index, entry) => recentMenu.removeItem(entry)
 
                 PlainMenuItem {
                     required property int index

@@ -392,6 +392,26 @@ TEST_F(Flows, aRecentCommandComesBackIntoTheField)
     EXPECT_TRUE(waitUntil([this] { return !isShown("wpcli.recent"); }));
 }
 
+TEST_F(Flows, theRecentMenuHasTheNewestFirstAndTheClearingLast)
+{
+    openWithRunningSite();
+    for (auto const* command : { "plugin list", "user list", "core version" }) {
+        detail().wpCLI()->setCommand(text(command));
+        detail().wpCLI()->run();
+        ASSERT_TRUE(waitUntil([this] { return !detail().wpCLI()->isRunning(); }));
+    }
+    click("wpcli.recent");
+    ASSERT_TRUE(waitUntil([this] { return isShown("wpcli.clearHistory"); }));
+    EXPECT_EQ(textOf("wpcli.recent0"), text("core version"));
+    auto const top = [this](char const* name) { return find(text(name))->mapToScene({}).y(); };
+    EXPECT_LT(top("wpcli.recent0"), top("wpcli.recent1"));
+    EXPECT_LT(top("wpcli.recent1"), top("wpcli.recent2"));
+    EXPECT_LT(top("wpcli.recent2"), top("wpcli.clearHistory"));
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    EXPECT_EQ(detail().wpCLI()->command(), text("core version"));
+}
+
 TEST_F(Flows, shortcutsRestUnderASheet)
 {
     app->select(addSite("Bakery").id);
