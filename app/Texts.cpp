@@ -40,7 +40,10 @@ QString Texts::age(double date, double now) const { return toQt(ageText(moment(d
 
 QString Texts::relative(double date, double now) const
 {
-    return toQt(relativeText(moment(date), moment(now)));
+    // The ticker lags the clock by up to a second, and what was dated meanwhile is not in the future.
+    constexpr auto tick = 1000.0;
+    auto const isFresh = date > now && date - now <= tick;
+    return toQt(relativeText(moment(date), moment(isFresh ? date : now)));
 }
 
 QString Texts::displayLine(QString const& line) const

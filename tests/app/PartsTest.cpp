@@ -148,6 +148,13 @@ TEST(LineModel, fiftyMegabytesBecomeRowsWhenLookedAt)
     EXPECT_EQ(model.at(1'162'790).value<LogLine>().text, text("a line of a command that says far too much"));
 }
 
+TEST(Texts, whatHappenedSinceTheLastTickIsNotInTheFuture)
+{
+    Texts const texts;
+    EXPECT_EQ(texts.relative(5'000, 4'200), QStringLiteral("0 seconds ago"));
+    EXPECT_EQ(texts.relative(5'000, 2'000), QStringLiteral("in 3 seconds"));
+}
+
 TEST(Texts, displayLinesHaveNoControlSequences)
 {
     Texts const texts;
