@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/Input.h"
 
+#include "core/base/Interrupted.h"
 #include "core/base/WorkerPool.h"
 #include "core/protocol/SyncError.h"
 #include "core/rewrite/RewriteFile.h"
@@ -50,11 +51,14 @@ awaitable<void> rewrite(Context& context, RewriteOptions options)
         && canBeReplaced(options.output);
     if (fromFileToFile && !options.value) {
         auto const guard = options.literal || options.exact ? Guard::off : Guard::on;
-        usedStrictCharacters = rewriteFile(options.input, options.output, pairs, guard);
+        auto const rewriteIt
+            = [&] { return rewriteFile(options.input, options.output, pairs, guard, context.stopToken()); };
+        usedStrictCharacters = co_await callOn(WorkerPool::executor(), rewriteIt);
     } else {
-        auto const read = [&] { return readDump(options.input, context.stopToken()); };
-        auto const text = co_await callOn(WorkerPool::executor(), read);
-        auto const result = rewriteText(options, text);
+        auto const rewriteIt
+            = [&] { return rewriteText(options, readDump(options.input, context.stopToken())); };
+        auto const result = co_await callOn(WorkerPool::executor(), rewriteIt);
+        throwIfStopped(context.stopToken());
         usedStrictCharacters = result.usedStrictCharacters;
         if (options.output.empty())
             context.console().printBytes(result.text);

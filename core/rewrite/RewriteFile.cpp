@@ -1,6 +1,7 @@
 #include "core/rewrite/RewriteFile.h"
 
 #include "core/base/File.h"
+#include "core/base/Interrupted.h"
 #include "core/base/Random.h"
 #include "core/rewrite/DumpRewriter.h"
 #include "core/rewrite/RewriteGuard.h"
@@ -113,8 +114,8 @@ bool canBeReplaced(std::string const& path)
     return ::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
-bool rewriteFile(
-    std::string const& input, std::string const& output, std::vector<UrlPair> const& pairs, Guard guard)
+bool rewriteFile(std::string const& input, std::string const& output, std::vector<UrlPair> const& pairs,
+    Guard guard, std::stop_token const& stop)
 {
     DumpReader dump(input);
     std::optional<FileBeside> result;
@@ -123,7 +124,11 @@ bool rewriteFile(
         result.emplace(output);
         dump.rewind();
         return rewriteDumpTo([&](std::string_view piece) { result->write(piece); },
-            [&](std::span<char> buffer) { return dump.read(buffer); }, pairs, rule);
+            [&](std::span<char> buffer) {
+                throwIfStopped(stop);
+                return dump.read(buffer);
+            },
+            pairs, rule);
     };
 
     auto usedStrictCharacters = false;

@@ -2,6 +2,7 @@
 
 #include "core/rewrite/UrlPair.h"
 
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,9 +22,11 @@ bool canBeReplaced(std::string const& path);
 ///
 /// @param output  can be replaced
 /// @return  whether the guard needed strict characters
-/// @throws FileError  nothing is left behind, and a file that stood at `output` is untouched
-bool rewriteFile(
-    std::string const& input, std::string const& output, std::vector<UrlPair> const& pairs, Guard guard);
+/// @throws FileError, or Interrupted after a stop: nothing is left behind, and a file that stood at `output`
+/// is
+///     untouched
+bool rewriteFile(std::string const& input, std::string const& output, std::vector<UrlPair> const& pairs,
+    Guard guard, std::stop_token const& stop = {});
 
 /// Puts `bytes` in the place of the file at `path`, or writes them to what cannot be replaced. Throws
 /// `FileError`.

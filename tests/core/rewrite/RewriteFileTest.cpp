@@ -2,6 +2,7 @@
 
 #include "core/base/AtomicFile.h"
 #include "core/base/File.h"
+#include "core/base/Interrupted.h"
 #include "core/base/TemporaryFile.h"
 #include "core/rewrite/DumpPieces.h"
 #include "core/rewrite/SearchReplace.h"
@@ -126,6 +127,17 @@ TEST_F(RewriteFileTest, whatIsNoFileIsWrittenToAndNotReplaced)
     writeResult("/dev/null", "x");
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     EXPECT_THROW(writeResult(folder.path(), "x"), FileError);
+}
+
+TEST_F(RewriteFileTest, aStopLeavesTheOldOutputAndNothingElse)
+{
+    writeAtomically(input, "x\n", 0600);
+    writeAtomically(output, "old", 0600);
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(rewriteFile(input, output, pairs, Guard::on, stop.get_token()), Interrupted);
+    EXPECT_EQ(readWholeFile(output), "old");
+    EXPECT_EQ(filesInFolder(), 2U);
 }
 
 TEST_F(RewriteFileTest, aFailureLeavesTheOldOutputAndNothingElse)
