@@ -3,6 +3,8 @@
 #include "core/protocol/SyncClient.h"
 #include "core/site/ShellRunner.h"
 
+#include <boost/asio/post.hpp>
+
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
@@ -89,8 +91,11 @@ int runProgram(int argumentCount, char** arguments)
     // The program's own input is for its questions; children such as `docker compose exec` would drain it.
     harbor::ShellRunner::shared().detachStandardInput();
     // Standard output is for results; who wants JSON or silence wants no debug lines either.
-    auto const& console = context.console();
-    harbor::SyncClient::printDebugLinesTo(console.json || console.quiet ? nullptr : stderr);
+    harbor::SyncClient::printDebugLinesTo(nullptr);
+    if (!context.console().json)
+        harbor::SyncClient::printDebugLinesTo([](std::string const& line) {
+            harbor::asio::post(context.mainThread(), [line] { context.console().note(line); });
+        });
     return context.run();
 }
 

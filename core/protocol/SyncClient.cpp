@@ -14,9 +14,10 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
+#include <mutex>
 
 namespace harbor {
 
@@ -24,7 +25,20 @@ namespace {
 
 constexpr auto lastAttempt = 6;
 
-std::atomic<std::FILE*> debugStream = stdout;
+/// Who takes the debug lines; clients of any thread hand theirs in.
+struct DebugLines {
+    std::mutex mutex;
+    SyncClient::LineTaker taker = [](std::string const& line) {
+        std::fputs((line + "\n").c_str(), stdout);
+        std::fflush(stdout);
+    };
+};
+
+DebugLines& debugLines()
+{
+    static DebugLines lines;
+    return lines;
+}
 
 std::optional<std::string> header(HttpResponse const& response, std::string const& name)
 {
@@ -93,7 +107,11 @@ SyncClient::SyncClient(std::string remoteURL, std::string apiKey, Clock clock, H
 {
 }
 
-void SyncClient::printDebugLinesTo(std::FILE* stream) { debugStream = stream; }
+void SyncClient::printDebugLinesTo(LineTaker taker)
+{
+    std::lock_guard const lock(debugLines().mutex);
+    debugLines().taker = std::move(taker);
+}
 
 // Requests and their repetition
 
@@ -247,11 +265,9 @@ awaitable<void> SyncClient::printDebugProbe()
     }
     if (line.empty())
         co_return;
-    auto* const stream = debugStream.load();
-    if (!stream)
-        co_return;
-    std::fputs(("[TWKB Debug] " + line + "\n").c_str(), stream);
-    std::fflush(stream);
+    std::lock_guard const lock(debugLines().mutex);
+    if (auto const& take = debugLines().taker)
+        take("[TWKB Debug] " + line);
 }
 
 /// The server sends the key back among the headers, and what is printed may end in a log.

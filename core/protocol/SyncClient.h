@@ -7,7 +7,7 @@
 #include "core/protocol/WireRecords.h"
 
 #include <cstdint>
-#include <cstdio>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,9 +23,10 @@ public:
     SyncClient(std::string remoteURL, std::string apiKey, Clock clock = Clock::system(),
         HttpTransport transport = {});
 
-    /// Where the two debug lines of `verify` go, process-wide. The start value is standard output;
-    /// a null pointer keeps them back.
-    static void printDebugLinesTo(std::FILE* stream);
+    using LineTaker = std::function<void(std::string const& line)>;
+    /// Who takes the two debug lines of `verify`, process-wide and from any thread. At the start they go to
+    /// standard output; null keeps them back.
+    static void printDebugLinesTo(LineTaker taker);
 
     /// Asks for the server's view of the headers first and prints it, whatever comes of it.
     awaitable<VerifyResponse> verify();

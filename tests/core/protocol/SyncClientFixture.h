@@ -9,8 +9,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -21,13 +19,11 @@ namespace harbor {
 /// A client and the remote that it speaks to. Waiting takes no time and is written down.
 class SyncClientFixture : public testing::Test {
 protected:
-    SyncClientFixture() { SyncClient::printDebugLinesTo(debugOutput_); }
-    ~SyncClientFixture() override
+    SyncClientFixture()
     {
-        SyncClient::printDebugLinesTo(stdout);
-        std::fclose(debugOutput_);
-        std::free(debugBytes_);
+        SyncClient::printDebugLinesTo([this](std::string const& line) { debugText_ += line + "\n"; });
     }
+    ~SyncClientFixture() override { SyncClient::printDebugLinesTo(nullptr); }
 
     SyncClient makeClient(std::string url, std::string key, HttpTransport transport = {})
     {
@@ -50,11 +46,7 @@ protected:
         }
         return "No failure.";
     }
-    std::string debugText() const
-    {
-        std::fflush(debugOutput_);
-        return { debugBytes_, debugLength_ };
-    }
+    std::string const& debugText() const { return debugText_; }
     /// What lies in the temporary directory besides the remote's folder.
     std::vector<std::string> leftovers() const
     {
@@ -83,9 +75,7 @@ private:
         co_return;
     }
 
-    char* debugBytes_ = nullptr;
-    std::size_t debugLength_ = 0;
-    std::FILE* debugOutput_ = ::open_memstream(&debugBytes_, &debugLength_);
+    std::string debugText_;
 };
 
 }  // namespace harbor
