@@ -39,6 +39,12 @@ std::size_t endOfEscape(std::string_view text, std::size_t start)
 
 bool isControl(unsigned char byte) { return (byte < 0x20 && byte != '\t' && byte != '\n') || byte == 0x7f; }
 
+/// U+0080 to U+009F, some of which begin a control sequence.
+bool isC1Control(std::string_view text)
+{
+    return text.size() == 2 && text[0] == '\xc2' && text[1] >= '\x80' && text[1] <= '\x9f';
+}
+
 std::size_t width(char32_t codePoint)
 {
     auto const character = static_cast<UChar32>(codePoint);
@@ -58,6 +64,10 @@ std::string withoutControlSequences(std::string_view text)
     for (std::size_t position = 0; position < text.size();) {
         if (text[position] == escape) {
             position = endOfEscape(text, position);
+            continue;
+        }
+        if (isC1Control(text.substr(position, 2))) {
+            position += 2;
             continue;
         }
         if (!isControl(static_cast<unsigned char>(text[position])))

@@ -17,6 +17,7 @@ TEST(TerminalText, controlSequencesAreLeftOut)
         "abc");
     EXPECT_EQ(withoutControlSequences("a\r\b\x7f\tb\n"), "a\tb\n");
     EXPECT_EQ(withoutControlSequences("cut off \x1b[3"), "cut off ");
+    EXPECT_EQ(withoutControlSequences("a\u009b31mb \u0080\u009fc \u00a0\u00e9"), "a31mb c \u00a0\u00e9");
 }
 
 TEST(TerminalText, wideCharactersTakeTwoColumnsAndMarksNone)
