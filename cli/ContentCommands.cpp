@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/RemoteOptions.h"
 
+#include "core/base/Interrupted.h"
 #include "core/base/TerminalText.h"
 #include "core/base/Timestamp.h"
 #include "core/protocol/SyncError.h"
@@ -86,7 +87,7 @@ awaitable<void> listItems(Context& context, ContentOptions options)
 }
 
 /// The item of that id, whatever its type on either side, so that questions and journal can name it.
-awaitable<ContentRow> findRow(ContentRun run, std::int64_t id)
+awaitable<ContentRow> findRow(ContentRun run, std::int64_t id, std::stop_token stop)
 {
     ContentRow row { .id = id, .local = {}, .remote = {} };
     auto const look = [id](std::vector<ContentItemSummary> const& items, auto& side) {
@@ -105,6 +106,7 @@ awaitable<ContentRow> findRow(ContentRun run, std::int64_t id)
                 throw;
             refusal = std::current_exception();
         }
+        throwIfStopped(stop);
         if (row.local && row.remote)
             break;
     }
@@ -129,13 +131,14 @@ void tellOutcome(Console& console, ContentRow const& row, ContentOutcome const& 
 awaitable<void> pushItem(Context& context, ContentOptions options)
 {
     auto const run = contentRun(context, options);
-    auto const row = co_await findRow(run, options.id);
+    auto const row = co_await findRow(run, options.id, context.stopToken());
     if (!row.local)
         throw CommandError("The item exists only on the remote site.");
     PushQuestion const question { .actionTitle = pushTitle(row),
         .message = pushWarning(row),
         .plainQuestion = pushQuestion(row) + " " + pushWarning(row) };
     co_await requireConsent(context, options.consent, *run.site.remoteSyncConfig, question);
+    throwIfStopped(context.stopToken());
     auto const outcome = co_await pushContentItem(run, row, row.type());
     tellOutcome(context.console(), row, outcome);
 }
@@ -143,7 +146,7 @@ awaitable<void> pushItem(Context& context, ContentOptions options)
 awaitable<void> pullItem(Context& context, ContentOptions options)
 {
     auto const run = contentRun(context, options);
-    auto const row = co_await findRow(run, options.id);
+    auto const row = co_await findRow(run, options.id, context.stopToken());
     if (!row.remote)
         throw CommandError("The item exists only on the local site.");
     auto const outcome = co_await pullContentItem(run, row, row.type());

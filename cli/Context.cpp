@@ -139,6 +139,8 @@ void Context::waitForInterrupt()
 void Context::stopInOrder()
 {
     stop_.request_stop();
+    // Whoever reads our messages through a pipe may have been ended by the same Ctrl-C.
+    std::signal(SIGPIPE, SIG_IGN);
     patience_.expires_after(noticeDelay);
     patience_.async_wait([this](boost::system::error_code const&) {
         console_.note("Stopping at the next safe point; Ctrl-C again ends at once.");

@@ -2,6 +2,7 @@
 #include "cli/KeyFile.h"
 #include "cli/Prompt.h"
 #include "cli/RemoteOptions.h"
+#include "core/base/Interrupted.h"
 #include "core/base/WorkerPool.h"
 #include "core/protocol/SyncClient.h"
 #include "core/site/KeychainHelper.h"
@@ -97,6 +98,7 @@ awaitable<void> link(Context& context, LinkOptions options)
     auto const key = co_await keyFor(context, options.key);
     SyncClient client(options.url, key);
     auto const server = co_await client.verify();
+    throwIfStopped(context.stopToken());
     if (!options.withoutStore)
         co_await storeKey(context, key, options.url);
     RemoteSyncConfig const made { .remoteURL = options.url, .apiKeyRef = options.url };

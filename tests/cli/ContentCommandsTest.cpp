@@ -1,4 +1,8 @@
 #include "tests/cli/LinkedSiteTest.h"
+#include "tests/cli/Terminal.h"
+
+#include <filesystem>
+#include <thread>
 
 namespace harbor {
 namespace {
@@ -114,6 +118,27 @@ TEST_F(ContentCommands, pushSendsTheItemWithItsAddressesMovedAndNamesTheBackup)
     EXPECT_EQ(pushed["meta"][0]["value"],
         "s:" + std::to_string(remote.url().size()) + ":\"" + remote.url() + "\";");
     EXPECT_THAT(journal(), AllOf(HasSubstr("\"contentPush\""), HasSubstr("page \\\"About\\\" (ID 12)")));
+}
+
+TEST_F(ContentCommands, ctrlCBeforeAnythingWasSentPushesNothing)
+{
+    auto const asked = docker.home.path() + "/asked";
+    docker.answer("post_type = 'page'", 0, R"({"id":12,"title":"About","slug":"about","type":"page"})", "",
+        "touch '" + asked + "'; sleep 2");
+    auto const before = remote.posts();
+    // The reader of the pipe is ended by the same Ctrl-C, and what is said afterwards goes nowhere.
+    for (auto const* line : { R"("$0" "$@")",
+             R"(trap : INT; env --default-signal=PIPE "$0" "$@" 2>&1 | cat; exit ${PIPESTATUS[0]})" }) {
+        Terminal twkb("/bin/bash",
+            { "-c", line, HARBOR_TWKB, "content", "push", "shop", "12", "--yes", "--key-file", keyFile });
+        while (!fileExists(asked))
+            std::this_thread::yield();
+        twkb.type("\x03");
+        EXPECT_EQ(twkb.wait(), 130) << line;
+        std::filesystem::remove(asked);
+    }
+    EXPECT_EQ(remote.posts(), before);
+    EXPECT_EQ(journal(), "");
 }
 
 TEST_F(ContentCommands, pushNeedsAgreementAndForProductionTheHost)
