@@ -109,13 +109,14 @@ awaitable<void> deleteSite(Context& context, std::string which, bool deleteFiles
     context.changeSites([&](SiteStore& sites) { sites.remove(site.id); });
 
     auto const folder = site.siteDirectory();
-    if (deleteFiles && fileExists(folder))
+    auto const stays = fileExists(folder);
+    if (deleteFiles && stays)
         context.console().warn("Not all files could be removed; the rest is in " + folder);
     if (context.console().json)
         context.console().printJson(harbor::toJson(site));
     else
         context.console().print(
-            "Deleted " + site.slug + (deleteFiles ? "" : "; its files stay in " + folder));
+            "Deleted " + site.slug + (deleteFiles || !stays ? "" : "; its files stay in " + folder));
 }
 
 awaitable<void> listContainers(Context& context, std::string which)
