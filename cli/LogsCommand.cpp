@@ -1,5 +1,6 @@
 #include "cli/Commands.h"
 #include "core/base/File.h"
+#include "core/base/Lines.h"
 #include "core/base/TerminalText.h"
 
 #include <boost/asio/bind_cancellation_slot.hpp>
@@ -11,7 +12,17 @@ namespace harbor::cli {
 
 namespace {
 
-/// Prints whole lines; chunks end anywhere.
+Json toJson(std::string_view line) { return { { "line", withoutControlSequences(line) } }; }
+
+Json toJson(std::vector<std::string_view> const& lines)
+{
+    auto list = Json::array();
+    for (auto const line : lines)
+        list.push_back(toJson(line));
+    return list;
+}
+
+/// Prints whole lines; chunks end anywhere. As JSON each is a document of its own, for who follows.
 class LinePrinter {
 public:
     explicit LinePrinter(Console& console)
@@ -40,8 +51,7 @@ public:
 private:
     void print(std::string_view line)
     {
-        auto const text = withoutControlSequences(line);
-        console_.print(console_.json ? compactJson(Json { { "line", text } }) : text);
+        console_.print(console_.json ? compactJson(toJson(line)) : withoutControlSequences(line));
     }
 
     Console& console_;
@@ -76,6 +86,10 @@ awaitable<void> showLogs(Context& context, std::string which, bool following)
     }
     auto const text
         = co_await DockerCLI::shared().recentLogs(site.siteDirectory(), site.composeProjectName());
+    if (context.console().json) {
+        context.console().printJson(toJson(linesOf(text)));
+        co_return;
+    }
     LinePrinter printer(context.console());
     printer.take(text);
     printer.finish();

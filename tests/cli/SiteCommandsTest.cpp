@@ -289,6 +289,14 @@ TEST_F(SiteCommands, logsPrintsBothOutputsWithoutControlSequences)
     EXPECT_THAT(dockerCalls(), ElementsAre("compose|-p|twkb-shop|logs|--tail|100"));
 }
 
+TEST_F(SiteCommands, logsAsJsonAreOneDocument)
+{
+    addSite("Shop");
+    docker.answer(" logs", 0, "wordpress-1 | hello\r\nmysql-1 | \xc3\xa4\n");
+    EXPECT_EQ(parseJson(twkb({ "site", "logs", "shop", "--json" }).stdout),
+        parseJson(R"([{"line":"wordpress-1 | hello"},{"line":"mysql-1 | ä"}])"));
+}
+
 TEST_F(SiteCommands, followingTheLogsOfASiteWithoutAFolderFails)
 {
     auto const site = addSite("Shop");
