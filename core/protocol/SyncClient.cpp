@@ -36,7 +36,7 @@ struct DebugLines {
 
 DebugLines& debugLines()
 {
-    static DebugLines lines;
+    static auto& lines = *new DebugLines;  // Never destroyed: a worker may outlive the end of `main`.
     return lines;
 }
 
