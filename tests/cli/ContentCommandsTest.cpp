@@ -123,6 +123,7 @@ TEST_F(ContentCommands, pushSendsTheItemWithItsAddressesMovedAndNamesTheBackup)
 TEST_F(ContentCommands, ctrlCBeforeAnythingWasSentPushesNothing)
 {
     auto const asked = docker.home.path() + "/asked";
+    // A database so slow that the notice of the Ctrl-C comes before its answer.
     docker.answer("post_type = 'page'", 0, R"({"id":12,"title":"About","slug":"about","type":"page"})", "",
         "touch '" + asked + "'; sleep 2");
     auto const before = remote.posts();

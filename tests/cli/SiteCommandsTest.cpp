@@ -241,6 +241,13 @@ TEST_F(SiteCommands, deleteNeedsYesWhereNobodyCanBeAsked)
     EXPECT_THAT(storedSites(), SizeIs(1));
 }
 
+TEST_F(SiteCommands, deleteSpeaksOfNoFilesWhereThereAreNone)
+{
+    auto const site = addSite("Shop");
+    std::filesystem::remove_all(site.siteDirectory());
+    EXPECT_EQ(twkb({ "site", "delete", "shop", "-y" }).stdout, "Deleted shop\n");
+}
+
 TEST_F(SiteCommands, deleteKeepsTheFilesUnlessToldOtherwise)
 {
     auto const kept = addSite("Kept");
