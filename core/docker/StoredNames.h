@@ -22,8 +22,8 @@ public:
 private:
     void readDirectory(std::string const& archive);
 
-    std::map<std::string, std::deque<std::string>>
-        names_;  ///< By their composed form; ASCII names are left out.
+    /// By their composed form. ASCII names are left out.
+    std::map<std::string, std::deque<std::string>> names_;
 };
 
 }  // namespace harbor

@@ -22,9 +22,7 @@ bool canBeReplaced(std::string const& path);
 ///
 /// @param output  can be replaced
 /// @return  whether the guard needed strict characters
-/// @throws FileError, or Interrupted after a stop: nothing is left behind, and a file that stood at `output`
-/// is
-///     untouched
+/// @throws FileError, Interrupted  nothing is left behind, and what stood at `output` is untouched
 bool rewriteFile(std::string const& input, std::string const& output, std::vector<UrlPair> const& pairs,
     Guard guard, std::stop_token const& stop = {});
 
