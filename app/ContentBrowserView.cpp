@@ -146,8 +146,15 @@ void ContentBrowserView::pushClicked(QString const& itemID)
         Q_EMIT dialogsChanged();
         return;
     }
-    guard_ = makeState<ProductionGuardSheet>(toQt(site_.remoteSyncConfig->remoteURL), toQt(pushTitle(*row)),
-        toQt(pushWarning(*row)), [this, row = *row] { startAction(row, Direction::push); });
+    auto const push = [this, row = *row, shownURL = site_.remoteSyncConfig->remoteURL] {
+        // The site may have been linked to another remote while the sheet stood open.
+        if (site_.remoteSyncConfig->remoteURL == shownURL)
+            startAction(row, Direction::push);
+        else
+            pushClicked(QString::number(row.id));
+    };
+    guard_ = makeState<ProductionGuardSheet>(
+        toQt(site_.remoteSyncConfig->remoteURL), toQt(pushTitle(*row)), toQt(pushWarning(*row)), push);
     connect(guard_.get(), &ProductionGuardSheet::closeRequested, this, &ContentBrowserView::cancelPending);
     Q_EMIT dialogsChanged();
 }

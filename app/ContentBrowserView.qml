@@ -8,6 +8,14 @@ Panel {
     id: root
 
     required property ContentBrowserState view
+    readonly property real badgeWidth: Math.max(92, Math.ceil(widestBadge.advanceWidth))
+
+    TextMetrics {
+        id: widestBadge
+
+        text: "Remote newer"
+        font { pointSize: Theme.small; weight: Font.Medium }
+    }
 
     heading: "Content"
     Component.onCompleted: view.appear()
@@ -80,7 +88,7 @@ Panel {
             Item { Layout.fillWidth: true }
             PlainLabel { text: "Local"; color: Theme.secondary; font.pointSize: Theme.small; Layout.preferredWidth: 96 }
             PlainLabel { text: "Remote"; color: Theme.secondary; font.pointSize: Theme.small; Layout.preferredWidth: 96 }
-            Item { Layout.preferredWidth: 92 + Theme.space + 64 }
+            Item { Layout.preferredWidth: root.badgeWidth + Theme.space + 64 }
         }
         ListView {
             id: list
@@ -98,9 +106,12 @@ Panel {
             Layout.fillWidth: true
             Layout.preferredHeight: Math.min(contentHeight, 420)
 
+            ListFocusRing { list: list }
+
             delegate: ContentRowView {
                 width: list.width - Theme.gap
                 view: root.view
+                badgeWidth: root.badgeWidth
             }
         }
 

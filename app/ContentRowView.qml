@@ -7,6 +7,7 @@ RowLayout {
     id: root
 
     required property ContentBrowserState view
+    required property real badgeWidth
     required property var row
     required property int index
     readonly property bool isBusy: view.busyItemID === row.itemID
@@ -99,7 +100,7 @@ RowLayout {
         font.pointSize: Theme.small
         font.weight: Font.Medium
         help: root.row.toolTip
-        Layout.preferredWidth: 92
+        Layout.preferredWidth: root.badgeWidth
     }
     Item {
         implicitWidth: 64

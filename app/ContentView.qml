@@ -15,7 +15,7 @@ AppWindow {
     minimumHeight: 600
     width: place.frame.width
     height: place.frame.height
-    menuBar: ApplicationMenus { commands: root.commands }
+    menuBar: ApplicationMenus { id: menus; commands: root.commands }
 
     Component.onCompleted: {
         if (place.known) {
@@ -40,6 +40,7 @@ AppWindow {
     // At window level, so that a shortcut works while its menu is closed and rests under a modal dialog.
     Repeater { model: root.commands.application; delegate: CommandShortcut {} }
     Repeater { model: root.commands.site; delegate: CommandShortcut {} }
+    Shortcut { sequence: "F10"; onActivated: menus.itemAt(0).triggered() }
 
     component CommandShortcut: Item {
         id: command

@@ -74,6 +74,7 @@ Sheet {
                 currentIndex: root.view.phpVersion
                 Layout.fillWidth: true
                 onActivated: index => root.view.phpVersion = index
+                onReturned: createButton.trigger()
             }
             PlainLabel { text: "Web Server"; color: Theme.secondary }
             PlainPicker {
@@ -83,6 +84,7 @@ Sheet {
                 currentIndex: root.view.webServer
                 Layout.fillWidth: true
                 onActivated: index => root.view.webServer = index
+                onReturned: createButton.trigger()
             }
         }
 

@@ -21,6 +21,8 @@ ListView {
     Layout.fillWidth: true
     Layout.preferredHeight: Math.min(contentHeight, 320)
 
+    ListFocusRing { list: list }
+
     delegate: RowLayout {
         id: item
 

@@ -145,6 +145,7 @@ Sheet {
                         currentIndex: root.view.createNewSite ? 0 : 1
                         Layout.fillWidth: true
                         onActivated: index => root.view.createNewSite = index === 0
+                        onReturned: importButton.trigger()
                     }
                     GridLayout {
                         columns: 2
@@ -171,6 +172,7 @@ Sheet {
                             currentIndex: root.view.phpVersion
                             Layout.fillWidth: true
                             onActivated: index => root.view.phpVersion = index
+                            onReturned: importButton.trigger()
                         }
                         PlainLabel { visible: root.view.createNewSite; text: "Server"; color: Theme.secondary }
                         PlainPicker {
@@ -181,6 +183,7 @@ Sheet {
                             currentIndex: root.view.webServer
                             Layout.fillWidth: true
                             onActivated: index => root.view.webServer = index
+                            onReturned: importButton.trigger()
                         }
                         PlainLabel { visible: !root.view.createNewSite; text: "Site"; color: Theme.secondary }
                         PlainPicker {
@@ -192,6 +195,7 @@ Sheet {
                             displayText: currentIndex < 0 ? "Select a site..." : currentText
                             Layout.fillWidth: true
                             onActivated: index => root.view.selectedSite = index
+                            onReturned: importButton.trigger()
                         }
                     }
                 }

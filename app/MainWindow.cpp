@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "app/FocusFollower.h"
 #include "app/State.h"
 #include "app/SymbolImages.h"
 
@@ -48,7 +49,11 @@ bool MainWindow::load()
         { QStringLiteral("place"), QVariant::fromValue(&place_) },
     });
     engine_.load(QUrl(QStringLiteral("qrc:/qt/qml/Harbor/ContentView.qml")));
-    return !engine_.rootObjects().isEmpty();
+    if (engine_.rootObjects().isEmpty())
+        return false;
+    for (auto* const each : { window(), trayPanel() })
+        new FocusFollower(*each);  // Its window's child.
+    return true;
 }
 
 QQuickWindow* MainWindow::window() const

@@ -82,6 +82,14 @@ Rectangle {
                 }
                 return -1
             }
+            function showSelection() {
+                positionViewAtIndex(selectedIndex(), ListView.Contain)
+            }
+            // Later, since the list must not be moved while it makes the row of a new site.
+            readonly property string selectedSiteID: root.view.app.selectedSiteID
+            onSelectedSiteIDChanged: Qt.callLater(showSelection)
+            onCountChanged: Qt.callLater(showSelection)
+
             // The row of the selection shows who has the keys; without one the list does.
             FocusRing {
                 parent: list
@@ -102,7 +110,6 @@ Rectangle {
                 status: row.status
                 selected: root.view.app.selectedSiteID === row.siteID
                 focused: selected && list.activeFocus
-                onSelectedChanged: if (selected) list.positionViewAtIndex(index, ListView.Contain)
                 onActivated: {
                     list.forceActiveFocus(Qt.MouseFocusReason)
                     root.view.app.selectedSiteID = row.siteID

@@ -115,6 +115,8 @@ void SiteDetailView::cancelDelete() { setShowDeleteConfirm(false); }
 
 void SiteDetailView::confirmDelete(bool deleteFiles)
 {
+    if (!showDeleteConfirm_)
+        return;  // The dialog can be clicked a second time while it fades.
     setShowDeleteConfirm(false);
     harbor::start(runDelete(shared_from_this(), site_, deleteFiles));
 }

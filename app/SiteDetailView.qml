@@ -97,7 +97,6 @@ Item {
                 }
 
                 SiteActionsBar {
-                    site: root.view.site
                     status: root.view.status
                     isLoading: root.view.isLoading
                     Layout.leftMargin: Theme.huge

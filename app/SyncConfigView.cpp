@@ -44,6 +44,8 @@ awaitable<void> SyncConfigView::runConnect(Self self, std::string remoteURL, std
 
 void SyncConfigView::testConnection()
 {
+    if (!isLinked())
+        return;
     setVerifying(true);
     setVerifyResult(std::nullopt);
     start(runTest(shared_from_this(), site_));
@@ -51,13 +53,17 @@ void SyncConfigView::testConnection()
 
 awaitable<void> SyncConfigView::runTest(Self self, Site site)
 {
+    VerifyResult result;
     try {
         auto key = co_await readKeyOf(site, keyFromSecretStore());
         SyncClient client(site.remoteSyncConfig->remoteURL, std::move(key));
-        self->setVerifyResult(co_await client.verify());
+        result = co_await client.verify();
     } catch (std::exception const& error) {
-        self->setVerifyResult(describe(error));
+        result = describe(error);
     }
+    // A remote that was disconnected meanwhile has no result to show.
+    if (self->linkedURL() == toQt(site.remoteSyncConfig->remoteURL))
+        self->setVerifyResult(std::move(result));
     self->setVerifying(false);
 }
 

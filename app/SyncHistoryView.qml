@@ -45,6 +45,8 @@ Panel {
         Layout.fillWidth: true
         Layout.preferredHeight: Math.min(contentHeight, 420)
 
+        ListFocusRing { list: list }
+
         delegate: RowLayout {
             id: entry
 

@@ -37,8 +37,15 @@ void SyncOperationView::requestPush()
         Q_EMIT dialogsChanged();
         return;
     }
-    guard_ = makeState<ProductionGuardSheet>(toQt(site_.remoteSyncConfig->remoteURL), toQt(pushTitle(scope_)),
-        toQt(pushWarning(scope_)), [this] { startRun(Direction::push); });
+    auto const push = [this, shownURL = site_.remoteSyncConfig->remoteURL] {
+        // The site may have been linked to another remote while the sheet stood open.
+        if (site_.remoteSyncConfig->remoteURL == shownURL)
+            startRun(Direction::push);
+        else
+            requestPush();
+    };
+    guard_ = makeState<ProductionGuardSheet>(
+        toQt(site_.remoteSyncConfig->remoteURL), toQt(pushTitle(scope_)), toQt(pushWarning(scope_)), push);
     connect(guard_.get(), &ProductionGuardSheet::closeRequested, this, &SyncOperationView::closeDialogs);
     Q_EMIT dialogsChanged();
 }

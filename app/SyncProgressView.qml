@@ -113,6 +113,8 @@ Block {
         Layout.preferredHeight: 150
         onVisibleChanged: if (visible) Qt.callLater(positionViewAtEnd)
 
+        ListFocusRing { list: log }
+
         Connections {
             target: root.progress.logs
 

@@ -2,19 +2,23 @@ import QtQuick
 import QtQuick.Controls
 import Harbor
 
-/// A choice from a list of plain texts. The wheel scrolls the page and leaves the choice alone.
+/// A choice from a list of plain texts. The wheel scrolls the page and leaves the choice alone; Return, which a
+/// form may have for its button, does not open the list.
 ComboBox {
     id: root
 
     /// What a screen reader calls it.
     required property string label
 
+    /// Return was pressed while the list is shut.
+    signal returned
+
     implicitHeight: 32
     leftPadding: 10
     wheelEnabled: false
     Accessible.name: label
-    Keys.onReturnPressed: popup.open()
-    Keys.onEnterPressed: popup.open()
+    Keys.onReturnPressed: if (!popup.visible) returned()
+    Keys.onEnterPressed: if (!popup.visible) returned()
 
     contentItem: PlainLabel {
         rightPadding: 24

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import Harbor
 
-/// A choice between on and off with a plain-text title. Return switches it as space does.
+/// A choice between on and off with a plain-text title.
 CheckBox {
     id: root
 
@@ -11,7 +11,6 @@ CheckBox {
     spacing: Theme.space
     padding: 2
     Accessible.name: title
-    Keys.onReturnPressed: { toggle(); toggled() }
 
     indicator: Rectangle {
         x: root.leftPadding

@@ -356,6 +356,23 @@ TEST_F(ContentTest, anActionEndsAfterTheSiteWasLeft)
     EXPECT_TRUE(waitUntil([this] { return !summaries(site).empty(); }));
 }
 
+TEST_F(ProductionContentTest, aHostThatIsNoLongerTheRemotesOpensTheGuardAnew)
+{
+    load();
+    panel().pushClicked(text("2"));
+    auto relinked = *app->site(site.id);
+    relinked.remoteSyncConfig->remoteURL = "https://other.example.test";
+    app->changeSites([&](SiteStore& sites) { sites.update(relinked); });
+    runEvents();
+    auto* const shown = panel().guard();
+    shown->setTypedHost(text("127.0.0.1"));
+    shown->confirm();
+    ASSERT_TRUE(panel().guard());
+    EXPECT_EQ(panel().guard()->host(), text("other.example.test"));
+    EXPECT_TRUE(panel().busyItemID().isEmpty());
+    EXPECT_THAT(summaries(site), IsEmpty());
+}
+
 TEST_F(ProductionContentTest, aPushMeetsTheGuard)
 {
     load();

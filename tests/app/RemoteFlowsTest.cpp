@@ -292,6 +292,21 @@ TEST_F(GuardFlows, escapeAndCancelCloseItAndItOpensEmpty)
     EXPECT_THAT(changes(), IsEmpty());
 }
 
+TEST_F(GuardFlows, aHostThatIsNoLongerTheRemotesOpensItAnew)
+{
+    auto relinked = *app->site(site.id);
+    relinked.remoteSyncConfig->remoteURL = "https://other.example.test";
+    app->changeSites([&](SiteStore& sites) { sites.update(relinked); });
+    runEvents();
+    type("127.0.0.1");
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return focusedName() == text("guard.typedHost"); }));
+    EXPECT_EQ(
+        find(text("guard.typedHost"))->property("placeholderText").toString(), text("other.example.test"));
+    expectGuarded("the host of the remote before");
+    EXPECT_THAT(summaries(site), IsEmpty());
+}
+
 TEST_F(GuardFlows, thePastedHostPasses)
 {
     QGuiApplication::clipboard()->setText(text("127.0.0.1"));

@@ -210,6 +210,16 @@ TEST_F(ConnectTest, disconnectingForgetsLinkKeyAndFields)
     EXPECT_TRUE(waitUntil([this] { return !KeychainHelper::secretExists(remote.url()); }));
 }
 
+TEST_F(ConnectTest, aTestThatEndsAfterDisconnectingShowsNothing)
+{
+    connectWith(remote.key());
+    panel().testConnection();
+    panel().disconnectRemote();
+    ASSERT_TRUE(waitUntil([this] { return !panel().isVerifying(); }));
+    EXPECT_FALSE(panel().hasSucceeded());
+    EXPECT_FALSE(panel().hasFailed());
+}
+
 TEST_F(ConnectTest, disconnectingWithoutAKeyStillCutsTheLink)
 {
     connectWith(remote.key());

@@ -203,6 +203,17 @@ TEST_F(DetailTest, aFailedDeletionIsInTheBanner)
     EXPECT_TRUE(waitUntil([&] { return detail->error() == text("Docker command failed: no"); }));
 }
 
+TEST_F(DetailTest, aDoubleClickDeletesOnce)
+{
+    docker.fail("down", "no");
+    detail->askDelete();
+    detail->confirmDelete(false);
+    detail->confirmDelete(false);
+    ASSERT_TRUE(waitUntil([&] { return !detail->error().isEmpty(); }));
+    auto const calls = QString::fromStdString(docker.calls());
+    EXPECT_EQ(calls.count(text(" down")), 1) << docker.calls();
+}
+
 TEST_F(DetailTest, leavingDuringAStartLetsItEndUnseen)
 {
     docker.hold("up");
