@@ -1,7 +1,8 @@
 #include "cli/Context.h"
 
-#include "core/base/Clock.h"
 #include "core/base/Describe.h"
+#include "core/base/Interrupted.h"
+#include "core/base/StoppableClock.h"
 #include "core/site/CreationTurn.h"
 
 #include <boost/asio/co_spawn.hpp>
@@ -80,7 +81,8 @@ Site Context::findSite(std::string const& text)
 awaitable<FileLock> Context::turnToCreate()
 {
     auto const waiting = [this] { console_.hint("Waiting for another site to be created first."); };
-    auto turn = co_await harbor::turnToCreate(Clock::system(), waiting);
+    auto turn = co_await harbor::turnToCreate(stoppableClock(stopToken()), waiting);
+    throwIfStopped(stopToken());
     sites().reload();
     co_return turn;
 }
@@ -129,11 +131,17 @@ void Context::waitForInterrupt()
             return;
         // Of a terminal that closes, both the system and the shell tell.
         if (stop_.stop_requested() && signal != SIGHUP)
-            ::_exit(ExitCode::interrupted);
+            endAtOnce();
         if (!stop_.stop_requested())
             stopInOrder();
         waitForInterrupt();
     });
+}
+
+void Context::endAtOnce()
+{
+    console_.note("Ended at once: a command that Docker had begun may go on, and temporary files may stay.");
+    ::_exit(ExitCode::interrupted);
 }
 
 void Context::stopInOrder()

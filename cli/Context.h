@@ -84,6 +84,7 @@ public:
 private:
     void waitForInterrupt();
     void stopInOrder();
+    [[noreturn]] void endAtOnce();
     int exitCodeAfter(std::exception_ptr const& failure);
 
     asio::io_context io_ { 1 };

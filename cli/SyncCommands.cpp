@@ -1,5 +1,4 @@
 #include "cli/Commands.h"
-#include "cli/KeyFile.h"
 #include "cli/ProgressDisplay.h"
 #include "cli/RemoteOptions.h"
 
@@ -54,11 +53,14 @@ Json outcomeOf(
     return outcome;
 }
 
-void tellWhatStands(Console& console, SyncProgress const& progress)
+void tellWhatStands(Console& console, Direction direction, bool databaseIsDone, SyncProgress const& progress)
 {
-    console.note(
-        fmt::format("{} of {} files were transferred and stay. The same command again does the rest.",
-            progress.processedFiles(), progress.totalFiles()));
+    if (databaseIsDone)
+        console.note(fmt::format("The database was {}ed; the journal has its entry.", nameOf(direction)));
+    if (progress.totalFiles() > 0)
+        console.note(
+            fmt::format("{} of {} files were transferred and stay. The same command again does the rest.",
+                progress.processedFiles(), progress.totalFiles()));
 }
 
 awaitable<void> runSync(Context& context, Direction direction, SyncOptions const& options)
@@ -70,6 +72,11 @@ awaitable<void> runSync(Context& context, Direction direction, SyncOptions const
 
     auto const progress = std::make_shared<SyncProgress>(context.mainThread());
     ProgressDisplay const display(context.console(), *progress);
+    auto databaseIsDone = false;  // Files come behind it.
+    progress->observe([&](SyncProgress::Field field) {
+        if (field == SyncProgress::Field::phase && progress->phase() == Phase::buildingManifest)
+            databaseIsDone = options.chosenScope().database;
+    });
     std::string conflict;
     SyncRun run { .site = site,
         .progress = progress,
@@ -87,7 +94,7 @@ awaitable<void> runSync(Context& context, Direction direction, SyncOptions const
     if (hasSucceeded)
         co_return;
     if (context.stopToken().stop_requested())
-        tellWhatStands(context.console(), *progress);
+        tellWhatStands(context.console(), direction, databaseIsDone, *progress);
     if (progress->error() == Interrupted().what())
         throw Interrupted();
     throw CommandError(progress->error().value_or("The site has no remote."));

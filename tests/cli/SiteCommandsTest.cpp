@@ -1,4 +1,7 @@
+#include "core/base/FileLock.h"
+#include "core/base/Paths.h"
 #include "tests/cli/CommandLineTest.h"
+#include "tests/cli/Terminal.h"
 
 namespace harbor {
 
@@ -116,6 +119,19 @@ TEST_F(SiteCommands, createRefusesATakenName)
     EXPECT_EQ(result.stdout, "");
     EXPECT_EQ(result.stderr, "twkb: A site named 'my shop' already exists.\n");
     EXPECT_THAT(storedSites(), SizeIs(1));
+}
+
+TEST_F(SiteCommands, ctrlCEndsTheWaitForAnotherCreation)
+{
+    createDirectories(Paths::applicationSupport());
+    auto const turn = FileLock::tryToTake(Paths::applicationSupport() + "/create.lock");
+    ASSERT_TRUE(turn);
+    Terminal twkb(HARBOR_TWKB, { "site", "create", "Shop" });
+    ASSERT_TRUE(twkb.shows("Waiting for another site to be created first."));
+    twkb.type("\x03");
+    EXPECT_EQ(twkb.wait(), 130);
+    EXPECT_THAT(storedSites(), IsEmpty());
+    EXPECT_THAT(dockerCalls(), IsEmpty());
 }
 
 TEST_F(SiteCommands, createWithoutAnEngineLeavesNothing)
