@@ -55,9 +55,7 @@ public:
         auto const isExtend = taken == extend || taken == orderedExtend || taken == virama;
         if (taken == pictographic)
             emoji_ = true;
-        else if (!(isExtend && last_ != zeroWidthJoiner) && taken != zeroWidthJoiner)
-            emoji_ = false;
-        else if (last_ == zeroWidthJoiner)
+        else if (last_ == zeroWidthJoiner || (!isExtend && taken != zeroWidthJoiner))
             emoji_ = false;
 
         if (taken == linkingConsonant)

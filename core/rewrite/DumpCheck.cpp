@@ -69,11 +69,19 @@ struct LineFindings {
     void take(std::string_view line)
     {
         ++lines;
-        if (startsWithIgnoringCase(line, "INSERT ") && !withoutTrailingSpace(line).ends_with(';'))
+        if (!goesOn_)
+            isInsert_ = startsWithIgnoringCase(line, "INSERT ");
+        // The rewriter takes a line feed behind a carriage return for text inside the statement.
+        goesOn_ = line.ends_with('\r');
+        if (isInsert_ && !goesOn_ && !withoutTrailingSpace(line).ends_with(';'))
             ++openStatements;
         if (auto const table = createdTable(line))
             isMultisite = isMultisite || table->ends_with("_sitemeta") || isTableOfNetworkSite(*table);
     }
+
+private:
+    bool isInsert_ = false;
+    bool goesOn_ = false;
 };
 
 LineFindings readLines(std::string_view sql)

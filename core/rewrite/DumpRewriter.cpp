@@ -164,8 +164,12 @@ bool rewriteWholeLines(
     PieceQueue queue(pieces, rule, sink);
     {
         std::vector<std::jthread> helpers;
-        for (auto& rewriter : std::span(rewriters).subspan(1))
-            helpers.emplace_back([&] { queue.work(rewriter); });
+        try {
+            for (auto& rewriter : std::span(rewriters).subspan(1))
+                helpers.emplace_back([&] { queue.work(rewriter); });
+        } catch (std::system_error const&) {
+            // A system without room for another thread takes its time with those that there are.
+        }
         queue.work(rewriters.front());
     }
     queue.finish();

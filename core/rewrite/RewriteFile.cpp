@@ -3,6 +3,7 @@
 #include "core/base/File.h"
 #include "core/base/Interrupted.h"
 #include "core/base/Random.h"
+#include "core/base/TemporaryFile.h"
 #include "core/rewrite/DumpRewriter.h"
 #include "core/rewrite/RewriteGuard.h"
 
@@ -64,20 +65,14 @@ class FileBeside {
 public:
     explicit FileBeside(std::string const& target)
         : target_(behindLinks(target))
-        , path_((std::filesystem::path(target_).parent_path() / (".twkb-" + Uuid::random().text() + ".tmp"))
-                  .string())
-        , file_(File::createNew(path_, 0666))
+        , file_(File::createNew(
+              std::filesystem::path(target_).parent_path() / (".twkb-" + Uuid::random().text() + ".tmp"),
+              0666))
+        , beside_(TemporaryFile::adopt(file_.path()))
     {
         struct stat status {};
         if (::stat(target_.c_str(), &status) == 0)
             file_.setMode(status.st_mode & 07777);
-    }
-    FileBeside(FileBeside const&) = delete;
-    FileBeside& operator=(FileBeside const&) = delete;
-    ~FileBeside()
-    {
-        if (!path_.empty())
-            ::unlink(path_.c_str());
     }
 
     void write(std::string_view bytes) { file_.write(bytes); }
@@ -85,15 +80,15 @@ public:
     void takePlace()
     {
         file_.close();
-        if (std::rename(path_.c_str(), target_.c_str()) != 0)
+        if (std::rename(beside_.path().c_str(), target_.c_str()) != 0)
             throw FileError(errno, target_);
-        path_.clear();
+        beside_.release();
     }
 
 private:
     std::string target_;
-    std::string path_;
     File file_;
+    TemporaryFile beside_;
 };
 
 void writeStraight(std::string const& path, std::string_view bytes)

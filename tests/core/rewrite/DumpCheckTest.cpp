@@ -7,6 +7,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 std::string const whole = "-- MySQL dump 10.13\n\nCREATE TABLE `wp_options` (\n  `id` int\n);\n"
                           "INSERT INTO `wp_options` VALUES (1,'é');\n\n-- Dump completed on 2024-03-02\n";
@@ -63,6 +64,15 @@ TEST(DumpCheck, warnsOfStatementsOverSeveralLines)
     EXPECT_THAT(DumpCheck::warnings("INSERT INTO t VALUES\n(1);\nINSERT INTO u (a)\nVALUES (1);\n"),
         ElementsAre("Warning: 2 INSERT statements go over several lines; URLs behind the first line stay as "
                     "they are."));
+}
+
+TEST(DumpCheck, aCarriageReturnAndLineFeedInsideALiteralIsNoNewLine)
+{
+    EXPECT_THAT(DumpCheck::warnings(
+                    "SET a = 1;\nINSERT INTO t VALUES ('a\r\nb\r\n');\nINSERT INTO t VALUES ('c');\n"),
+        IsEmpty());
+    EXPECT_THAT(DumpCheck::warnings("SET a = 1;\nINSERT INTO t VALUES\n('a\r\nb');\n"), SizeIs(1));
+    EXPECT_THAT(DumpCheck::warnings("SET a = 1;\nINSERT INTO t VALUES ('a\r\nb'),\n('c');\n"), SizeIs(1));
 }
 
 TEST(DumpCheck, warnsOfLinesThatEndInCRLF)
