@@ -184,7 +184,12 @@ private:
     void requireInside(std::filesystem::path const& path, std::string const& name) const
     {
         auto const root = std::filesystem::canonical(target_).native();
-        auto const end = std::filesystem::weakly_canonical(path).native();
+        std::error_code failure;
+        auto const end = std::filesystem::weakly_canonical(path, failure).native();
+        if (failure == std::errc::too_many_symbolic_link_levels)
+            return;  // It leads round in a circle, and so nowhere.
+        if (failure)
+            throw std::filesystem::filesystem_error("", path, failure);
         if (end != root && !end.starts_with(root + "/"))
             refuse(name);
     }

@@ -61,7 +61,8 @@ std::vector<ContentFile> filesBelow(std::string const& root)
         throw ImportError::fileImportFailed("Could not read package wp-content directory");
     std::vector<ContentFile> files;
     for (auto const& entry : entries) {
-        if (entry.exists() && !entry.is_directory())
+        if (entry.exists(failure)
+            && !entry.is_directory(failure))  // A link that leads nowhere does not exist.
             files.push_back({ entry.path().native().substr(root.size() + 1), entry.path().native() });
     }
     return files;

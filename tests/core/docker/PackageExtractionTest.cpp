@@ -208,6 +208,14 @@ TEST_F(PackageExtractionTest, noFolderIsMadeThroughALinkThatLeadsOut)
     EXPECT_FALSE(std::filesystem::exists(home.path() + "/made"));
 }
 
+TEST_F(PackageExtractionTest, linksInACircleLeadNowhereAndHarmNothing)
+{
+    ZipBuilder(package).file("a.txt", "x").link("self", "self").link("one", "two").link("two", "one");
+    extract();
+    EXPECT_EQ(content("a.txt"), "x");
+    EXPECT_TRUE(std::filesystem::is_symlink(target + "/self"));
+}
+
 TEST_F(PackageExtractionTest, ofTwoEntriesOfOneNameTheLaterCounts)
 {
     ZipBuilder(package)
