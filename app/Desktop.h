@@ -29,7 +29,7 @@ struct Desktop {
 };
 
 /// Path of a file of the program under `$XDG_STATE_HOME` (if absolute) or `~/.local/state` (XDG Base
-/// Directory Specification).
+/// Directory rules).
 QString stateFile(QString const& name);
 
 }  // namespace harbor

@@ -22,9 +22,7 @@ class SidebarView : public QObject {
     Q_MOC_INCLUDE("app/CreateSiteView.h")
     Q_MOC_INCLUDE("app/ImportSiteView.h")
     Q_PROPERTY(harbor::AppState* app READ app CONSTANT)
-    Q_PROPERTY(bool showCreateSheet READ showCreateSheet NOTIFY sheetsChanged)
     Q_PROPERTY(harbor::CreateSiteView* createSheet READ createSheet NOTIFY sheetsChanged)
-    Q_PROPERTY(bool showImportSheet READ showImportSheet NOTIFY sheetsChanged)
     Q_PROPERTY(harbor::ImportSiteView* importSheet READ importSheet NOTIFY sheetsChanged)
 public:
     explicit SidebarView(std::shared_ptr<AppState> app);

@@ -38,14 +38,14 @@ bool SingleInstance::claim(QString const& request)
     return false;
 }
 
-bool SingleInstance::handOver(QString const& request) const
+void SingleInstance::handOver(QString const& request) const
 {
     QLocalSocket socket;
     socket.connectToServer(socket_);
     if (!socket.waitForConnected(patience))
-        return false;
+        return;
     socket.write(request.toUtf8() + '\n');
-    return socket.waitForBytesWritten(patience);
+    socket.waitForBytesWritten(patience);
 }
 
 void SingleInstance::listen()

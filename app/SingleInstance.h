@@ -31,7 +31,7 @@ Q_SIGNALS:
     void activated(QString const& request);
 
 private:
-    bool handOver(QString const& request) const;
+    void handOver(QString const& request) const;
     void listen();
     void receive();
 

@@ -6,7 +6,6 @@ import Harbor
 RowLayout {
     id: root
 
-    required property var site
     required property string status
     required property bool isLoading
     readonly property bool isRunning: status === "running"

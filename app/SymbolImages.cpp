@@ -60,7 +60,6 @@ QHash<QString, Art> const& table()
         { QStringLiteral("shippingbox"), { "package" } },
         { QStringLiteral("square.and.arrow.down"), { "document-import" } },
         { QStringLiteral("trash"), { "trash-empty" } },
-        { QStringLiteral("xmark"), { "window-close" } },
     };
     return symbols;
 }

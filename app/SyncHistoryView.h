@@ -53,7 +53,6 @@ public:
     Q_INVOKABLE void copyBackupID(QString const& backupID) const;
 
     void setSite(Site const& site) { site_ = site; }
-    bool showAll() const { return showAll_; }
     /// Rows are `HistoryValue`.
     RowModel* visibleEntries() { return &visible_; }
     /// False until the journal was read once, so that no empty text flashes up.

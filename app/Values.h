@@ -3,7 +3,6 @@
 #include "core/docker/DockerCLI.h"
 #include "core/site/Site.h"
 
-#include <QMetaType>
 #include <QString>
 
 #include <string_view>

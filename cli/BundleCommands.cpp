@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/ProgressDisplay.h"
 
+#include "core/base/Random.h"
 #include "core/base/TemporaryFile.h"
 #include "core/base/WorkerPool.h"
 #include "core/protocol/FileBundle.h"
@@ -29,7 +30,7 @@ std::int64_t writeBundle(CreateOptions const& options, std::stop_token const& st
     if (std::filesystem::is_other(before))
         throw CommandError(options.out + " is not an ordinary file.");
     auto const replaces = std::filesystem::is_regular_file(before);
-    auto const place = replaces ? options.out + ".twkb-tmp" : options.out;
+    auto const place = replaces ? options.out + "." + Uuid::random().text() + ".tmp" : options.out;
 
     BundleWriter writer(place, !options.noHashes);
     auto unfinished = TemporaryFile::adopt(place);

@@ -129,12 +129,9 @@ void checkMissingFolders(std::vector<Site> const& sites, Checks& checks)
 /// A folder stays behind when a creation failed, or when a site was deleted without its files.
 void checkOrphans(std::vector<Site> const& sites, Checks& checks)
 {
-    auto const root
-        = std::filesystem::path(Site("x", PHPVersion::php83, WebServer::apache, 0, 0, 0).siteDirectory())
-              .parent_path();
     std::vector<std::string> folders;
     std::error_code ignored;  // Without the folder there are no orphans.
-    for (auto const& entry : std::filesystem::directory_iterator(root, ignored)) {
+    for (auto const& entry : std::filesystem::directory_iterator(Site::sitesDirectory(), ignored)) {
         if (entry.is_directory(ignored))
             folders.push_back(entry.path().filename().string());
     }
@@ -142,7 +139,7 @@ void checkOrphans(std::vector<Site> const& sites, Checks& checks)
     for (auto const& folder : folders) {
         if (std::ranges::count(sites, folder, &Site::slug) > 0)
             continue;
-        auto const path = (root / folder).string();
+        auto const path = Site::sitesDirectory() + "/" + folder;
         checks.push_back({ "Folder " + folder, Outcome::warn,
             path + " belongs to no site; its name is taken.",
             "If nothing in it is needed: cd " + shellQuoted(path) + " && docker compose -p "
@@ -224,7 +221,7 @@ awaitable<Checks> allChecks(Context& context)
     checks.push_back(co_await checkTool("gzip", "it packs the databases that travel."));
     checks.push_back(co_await callOn(WorkerPool::executor(), askSecretStore));
     checks.push_back(checkFolder("Program's folder", Paths::applicationSupport()));
-    checks.push_back(checkFolder("Folder of sites", Paths::home() + "/TallowickHarbor/sites"));
+    checks.push_back(checkFolder("Folder of sites", Site::sitesDirectory()));
     checks.push_back(checkStore(context.sites()));
 
     auto const sites = context.sites().sites();

@@ -3,9 +3,6 @@
 #include "core/base/Lines.h"
 #include "core/base/TerminalText.h"
 
-#include <boost/asio/bind_cancellation_slot.hpp>
-#include <boost/asio/cancellation_signal.hpp>
-
 #include <stop_token>
 
 namespace harbor::cli {

@@ -19,14 +19,6 @@ struct LinkOptions {
     bool withoutStore = false;
 };
 
-RemoteSyncConfig linkOf(Site const& site)
-{
-    if (!site.remoteSyncConfig)
-        throw CommandError(
-            "\"" + site.name + "\" has no remote. Link one: twkb remote link " + site.slug + " URL");
-    return *site.remoteSyncConfig;
-}
-
 /// Puts another link into the record as it now stands, or none.
 Site changeLink(Context& context, Site const& site, std::optional<RemoteSyncConfig> const& link)
 {
@@ -76,7 +68,7 @@ awaitable<void> storeKey(Context& context, std::string key, std::string account)
 {
     std::exception_ptr failure;
     try {
-        co_await callOn(WorkerPool::executor(), [&] { KeychainHelper::saveSecret(key, account); });
+        co_await saveKey(std::move(account), std::move(key));
     } catch (KeychainError const&) {
         failure = std::current_exception();
     }
@@ -112,8 +104,8 @@ awaitable<void> link(Context& context, LinkOptions options)
 
 awaitable<void> test(Context& context, std::string which, KeyOption option)
 {
-    auto const site = context.findSite(which);
-    auto const config = linkOf(site);
+    auto const site = linkedSite(context, which);
+    auto const config = *site.remoteSyncConfig;
     auto const key = co_await readKeyOf(site, option.reader(context.stopToken()));
     SyncClient client(config.remoteURL, key);
     auto const server = co_await client.verify();
@@ -122,13 +114,9 @@ awaitable<void> test(Context& context, std::string which, KeyOption option)
 
 awaitable<void> unlink(Context& context, std::string which)
 {
-    auto const site = context.findSite(which);
-    auto const config = linkOf(site);
-    try {
-        co_await callOn(WorkerPool::executor(), [&] { KeychainHelper::deleteSecret(config.apiKeyRef); });
-    } catch (KeychainError const&) {
-        // The link goes all the same; a key that nobody refers to harms nobody.
-    }
+    auto const site = linkedSite(context, which);
+    auto const config = *site.remoteSyncConfig;
+    co_await forgetKey(config.apiKeyRef);
     auto const changed = changeLink(context, site, std::nullopt);
     if (context.console().json)
         context.console().printJson(toJson(changed));
@@ -138,8 +126,8 @@ awaitable<void> unlink(Context& context, std::string which)
 
 awaitable<void> setEnvironment(Context& context, std::string which, RemoteEnvironment environment)
 {
-    auto const site = context.findSite(which);
-    auto config = linkOf(site);
+    auto const site = linkedSite(context, which);
+    auto config = *site.remoteSyncConfig;
     config.environment = environment;
     auto const changed = changeLink(context, site, config);
     if (context.console().json)

@@ -6,6 +6,7 @@
 namespace harbor::ascii {
 
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr char toLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 /// The value of a hexadecimal digit of either case; nothing for any other character.

@@ -7,12 +7,6 @@
 
 namespace harbor {
 
-namespace {
-
-constexpr auto deepestNesting = 512;
-
-}  // namespace
-
 Json parseJson(std::string_view text)
 {
     auto const limitDepth = [](int depth, Json::parse_event_t event, Json&) {

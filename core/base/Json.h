@@ -31,8 +31,12 @@ private:
     std::string description_;
 };
 
-/// Parses one JSON document (RFC 8259). Nesting deeper than 512 and invalid UTF-8 are refused. Throws
-/// `JsonError`.
+/// Levels of objects and arrays in each other; what is deeper is refused, so that no document exhausts the
+/// stack.
+constexpr auto deepestNesting = 512;
+
+/// Parses one JSON document (RFC 8259). Nesting deeper than `deepestNesting` and invalid UTF-8 are refused.
+/// Throws `JsonError`.
 Json parseJson(std::string_view text);
 
 /// Pretty-printed with sorted keys, for the files that people may read.
@@ -40,6 +44,14 @@ std::string prettyJson(Json const& value);
 
 /// In one line. Ill-formed UTF-8 inside a text throws `JsonError`.
 std::string compactJson(Json const& value);
+
+/// Sets the key only when there is a value: an absent optional has no key.
+template <class T>
+void put(Json& object, char const* key, std::optional<T> const& value)
+{
+    if (value)
+        object[key] = *value;
+}
 
 /// A value inside a parsed document that knows its place, for readers that insist on exact types: a boolean
 /// is no number, a number with a fraction is no integer, an empty array is no object. Every failure is a

@@ -10,7 +10,7 @@ public:
     /// `$HOME`, else the home of the passwd entry.
     static std::string home();
     /// The program's own folder for state that is not a site: under `$XDG_DATA_HOME` (if absolute) or
-    /// `~/.local/share` on Linux (XDG Base Directory Specification), `~/Library/Application Support` on
+    /// `~/.local/share` on Linux (XDG Base Directory rules), `~/Library/Application Support` on
     /// macOS.
     static std::string applicationSupport();
     /// `$TMPDIR`, else `/tmp`.

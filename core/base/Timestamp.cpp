@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
-#include <charconv>
 #include <ctime>
 
 namespace harbor {

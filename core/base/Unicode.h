@@ -39,7 +39,4 @@ std::string fromCodePoints(std::u32string_view text);
 /// Order of two texts under the user's locale, ignoring case: negative, zero or positive.
 int compareInLocale(std::string_view left, std::string_view right);
 
-/// Whether `text` contains `part` byte for byte.
-inline bool contains(std::string_view text, std::string_view part) { return text.find(part) != text.npos; }
-
 }  // namespace harbor::unicode

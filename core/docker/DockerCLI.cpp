@@ -227,9 +227,7 @@ awaitable<ShellResult> DockerCLI::runSQL(
 
     // No argument can hold this text, so the client reads it from its input, with the same outcome.
     TemporaryFile const file("twkb-sql-", ".sql");
-    auto writer = File::createForWriting(file.path());
-    writer.write(sql);
-    writer.close();
+    file.write(sql);
     co_return co_await shell_.shell("cat " + shellQuoted(file.path()) + " | " + client, std::move(directory));
 }
 

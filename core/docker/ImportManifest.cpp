@@ -33,13 +33,6 @@ std::optional<std::vector<std::string>> readPlugins(JsonReader const& manifest)
     }
 }
 
-template <class Value>
-void put(Json& object, char const* key, std::optional<Value> const& value)
-{
-    if (value)
-        object[key] = *value;
-}
-
 }  // namespace
 
 void readJson(JsonReader const& reader, ImportIncludes& result)

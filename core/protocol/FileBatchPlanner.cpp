@@ -1,5 +1,6 @@
 #include "core/protocol/FileBatchPlanner.h"
 
+#include "core/base/ASCII.h"
 #include "core/base/Saturating.h"
 
 #include <algorithm>
@@ -32,9 +33,7 @@ std::string extensionOf(std::string_view path)
         return {};
     std::string extension(name.substr(dot + 1));
     // Only letters of ASCII can make one of the known extensions.
-    for (auto& letter : extension)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
+    std::ranges::transform(extension, extension.begin(), ascii::toLower);
     return extension;
 }
 

@@ -1,5 +1,6 @@
 #include "core/protocol/HttpExchange.h"
 
+#include "core/base/ASCII.h"
 #include "core/protocol/HttpUrl.h"
 #include "core/protocol/SyncError.h"
 
@@ -20,12 +21,11 @@ constexpr long longestReuse = 2;
 }  // namespace
 
 HttpExchange::HttpExchange(HttpSession& session, HttpRequest const& request,
-    HttpTransport::Options const& options, SteadyTime deadline, std::stop_token stop)
+    HttpTransport::Options const& options, SteadyTime deadline)
     : session_(session)
     , request_(request)
     , options_(options)
     , deadline_(deadline)
-    , stop_(std::move(stop))
 {
 }
 
@@ -80,7 +80,7 @@ void HttpExchange::setOptions()
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, bufferSize);
     curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, bufferSize);
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, longestReuse);
-    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // A stop does not wait for the name service.
+    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // A time-out does not wait for the name service.
 
     auto const left = duration_cast<milliseconds>(deadline_ - steady_clock::now()).count();
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(std::max<std::int64_t>(left, 1)));
@@ -133,15 +133,12 @@ CURLcode HttpExchange::drive()
         ~Attached() { curl_multi_remove_handle(multi, easy); }
     } const attached { multi, session_.easy() };
     curl_multi_add_handle(multi, session_.easy());
-    std::stop_callback const wake(stop_, [multi] { curl_multi_wakeup(multi); });
 
     for (;;) {
         int running = 0;
         curl_multi_perform(multi, &running);
         if (auto const result = outcome())
             return *result;
-        if (stop_.stop_requested())
-            throw SyncError::connectionFailed("The request was cancelled.");
         if (hasBeenIdleTooLong())
             return CURLE_OPERATION_TIMEDOUT;
         auto const longestWait = std::clamp<std::int64_t>(options_.timeouts.idle.count() / 4, 1, 1'000);
@@ -271,8 +268,7 @@ std::size_t HttpExchange::onHeader(char* bytes, std::size_t size, std::size_t co
             if (colon == line.npos)
                 return line.size();
             std::string name(line.substr(0, colon));
-            std::ranges::transform(name, name.begin(),
-                [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+            std::ranges::transform(name, name.begin(), ascii::toLower);
             auto value = line.substr(colon + 1);
             value.remove_prefix(std::min(value.find_first_not_of(" \t\r\n"), value.size()));
             value = value.substr(0, value.find_last_not_of(" \t\r\n") + 1);

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <exception>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -45,9 +44,8 @@ public:
 
     /// @param request  its address is a normalized one; it and `options` outlive this object
     /// @param deadline  for the end of the reply
-    /// @param stop  ends the transfer at once
     HttpExchange(HttpSession& session, HttpRequest const& request, HttpTransport::Options const& options,
-        SteadyTime deadline, std::stop_token stop);
+        SteadyTime deadline);
     HttpExchange(HttpExchange const&) = delete;
     HttpExchange& operator=(HttpExchange const&) = delete;
     ~HttpExchange() { curl_easy_reset(session_.easy()); }  // Lets go of all that points in here.
@@ -86,7 +84,6 @@ private:
     HttpRequest const& request_;
     HttpTransport::Options const& options_;
     SteadyTime deadline_;
-    std::stop_token stop_;
 
     HeaderList headers_;
     HeaderList resolve_;

@@ -29,15 +29,14 @@ void turnIntoGet(HttpRequest& request)
     request.body = HttpRequest::NoBody {};
 }
 
-HttpResponse transmit(HttpSession& session, HttpTransport::Options const& options, HttpRequest request,
-    std::stop_token const& stop)
+HttpResponse transmit(HttpSession& session, HttpTransport::Options const& options, HttpRequest request)
 {
     auto const deadline = std::chrono::steady_clock::now() + options.timeouts.total;
     request.url = HttpUrl::normalized(request.url);
     for (auto hop = 0;; ++hop) {
         if (std::chrono::steady_clock::now() >= deadline)
             throw SyncError::connectionFailed(curl_easy_strerror(CURLE_OPERATION_TIMEDOUT));
-        auto response = HttpExchange(session, request, options, deadline, stop).run();
+        auto response = HttpExchange(session, request, options, deadline).run();
         auto const location = redirectLocation(response);
         if (!location)
             return response;
@@ -86,11 +85,11 @@ HttpTransport::HttpTransport(Options options)
     [[maybe_unused]] static auto const once = curl_global_init(CURL_GLOBAL_DEFAULT);
 }
 
-awaitable<HttpResponse> HttpTransport::send(HttpRequest request, std::stop_token stop) const
+awaitable<HttpResponse> HttpTransport::send(HttpRequest request) const
 {
-    auto work = [options = options_, sessions = sessions_, request = std::move(request), stop]() mutable {
+    auto work = [options = options_, sessions = sessions_, request = std::move(request)]() mutable {
         auto session = sessions->take();
-        auto response = transmit(*session, options, std::move(request), stop);
+        auto response = transmit(*session, options, std::move(request));
         sessions->giveBack(std::move(session));  // After a failure it is thrown away instead.
         return response;
     };

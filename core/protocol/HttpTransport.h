@@ -6,7 +6,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <utility>
 #include <variant>
@@ -61,11 +60,11 @@ public:
     HttpTransport();
     explicit HttpTransport(Options options);
 
-    /// Sends the request and gives the last reply, whatever its status. A stop ends the transfer at once.
+    /// Sends the request and gives the last reply, whatever its status.
     ///
     /// @throws SyncError  `invalidURL`, or `connectionFailed` with the system's words; never retried
     /// @throws FileError  the body's file or `saveTo` cannot be used
-    awaitable<HttpResponse> send(HttpRequest request, std::stop_token stop = {}) const;
+    awaitable<HttpResponse> send(HttpRequest request) const;
 
 private:
     struct Sessions;

@@ -71,8 +71,7 @@ std::optional<std::string_view> schemeOf(std::string_view text)
 
 bool equalsIgnoringCase(std::string_view text, std::string_view lower)
 {
-    return std::ranges::equal(
-        text, lower, [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + ('a' - 'A') : a) == b; });
+    return std::ranges::equal(text, lower, {}, ascii::toLower);
 }
 
 std::string asciiHost(std::string_view host)

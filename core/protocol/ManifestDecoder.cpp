@@ -13,7 +13,6 @@ namespace {
 namespace ondemand = simdjson::ondemand;
 using simdjson::ondemand::json_type;
 
-constexpr auto deepestNesting = 512;
 /// What a file usually takes up, in bytes of JSON: a guess at their number, so that the list seldom grows.
 constexpr std::size_t usualLength = 180;
 

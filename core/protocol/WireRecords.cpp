@@ -2,18 +2,6 @@
 
 namespace harbor {
 
-namespace {
-
-/// Sets the key only when there is a value: an absent optional has no key.
-template <class T>
-void put(Json& object, char const* key, std::optional<T> const& value)
-{
-    if (value)
-        object[key] = *value;
-}
-
-}  // namespace
-
 bool VerifyResponse::offersArchives() const
 {
     if (!capabilities)

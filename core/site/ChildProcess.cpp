@@ -190,15 +190,16 @@ ChildProcess::ChildProcess(
     , pidfd_(executor)
 {
     // The number cannot belong to another process yet: only we can reap this child.
-    auto const descriptor = ::pidfd_open(pid_, 0);
-    if (descriptor < 0) {
-        auto const reason = errno;
+    pidfdNumber_ = ::pidfd_open(pid_, 0);
+    boost::system::error_code failure(errno, boost::system::system_category());
+    if (pidfdNumber_ >= 0)
+        pidfd_.assign(pidfdNumber_, failure);
+    if (failure) {
         ::kill(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
-        fail(reason, "Cannot watch " + launch.executable);
+        ::close(pidfdNumber_);
+        fail(failure.value(), "Cannot watch " + launch.executable);
     }
-    pidfd_.assign(descriptor);
-    pidfdNumber_ = descriptor;
 }
 
 awaitable<int> ChildProcess::wait()

@@ -159,6 +159,8 @@ OutputStream ShellRunner::stream(
         state->child.emplace(state->executor, launch, pipe.writeEnd(), pipe.writeEnd());
     } catch (std::system_error const&) {
         return OutputStream(nullptr);
+    } catch (boost::system::system_error const&) {
+        return OutputStream(nullptr);
     }
     spawn(state->executor, readPipe(state));
     spawn(state->executor, watchChild(state));

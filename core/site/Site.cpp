@@ -90,7 +90,8 @@ Site::Site(std::string siteName, PHPVersion php, WebServer server, int http, int
 std::string Site::localDomain() const { return slug + ".localhost"; }
 std::string Site::localURL() const { return fmt::format("http://localhost:{}", httpPort); }
 std::string Site::localHTTPSURL() const { return fmt::format("https://localhost:{}", httpsPort); }
-std::string Site::siteDirectory() const { return Paths::home() + "/TallowickHarbor/sites/" + slug; }
+std::string Site::sitesDirectory() { return Paths::home() + "/TallowickHarbor/sites"; }
+std::string Site::siteDirectory() const { return sitesDirectory() + "/" + slug; }
 std::string Site::wpContentPath() const { return siteDirectory() + "/wordpress/wp-content"; }
 std::string Site::composeProjectName() const { return "twkb-" + slug; }
 

@@ -69,6 +69,8 @@ struct Site {
     std::string localDomain() const;
     std::string localURL() const;
     std::string localHTTPSURL() const;
+    /// The folder in the user's home that holds the folders of all sites.
+    static std::string sitesDirectory();
     std::string siteDirectory() const;
     std::string wpContentPath() const;
     std::string composeProjectName() const;

@@ -131,8 +131,8 @@ std::vector<ContentRow> filterContentRows(std::vector<ContentRow> const& rows, s
         return rows;
     std::vector<ContentRow> matching;
     std::ranges::copy_if(rows, std::back_inserter(matching), [&](ContentRow const& row) {
-        return unicode::contains(unicode::lowerCased(row.title()), wanted)
-            || unicode::contains(unicode::lowerCased(row.slug()), wanted);
+        return unicode::lowerCased(row.title()).contains(wanted)
+            || unicode::lowerCased(row.slug()).contains(wanted);
     });
     return matching;
 }

@@ -28,7 +28,7 @@ std::string reasonOf(ShellResult const& result)
 {
     constexpr auto replacement = "\uFFFD";
     auto const words = unicode::trimWhiteSpace(result.stderr);
-    if (words.empty() || unicode::contains(words, replacement))
+    if (words.empty() || words.contains(replacement))
         return "exit " + std::to_string(result.exitCode);
     return words;
 }

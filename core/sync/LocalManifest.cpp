@@ -34,8 +34,8 @@ std::vector<std::string> chosenFolders(std::vector<std::string> const& scopes)
 /// Whether a name keeps itself and all that lies below it out of every manifest.
 bool isNeverSynced(std::string_view name)
 {
-    return name.starts_with('.') || unicode::contains(name, "twkb-backups")
-        || unicode::contains(name, "twkb-exports") || !unicode::isValidUtf8(name);
+    return name.starts_with('.') || name.contains("twkb-backups") || name.contains("twkb-exports")
+        || !unicode::isValidUtf8(name);
 }
 
 /// Lists the paths of all that may be a file, folder by folder as the system gives them. A folder is read to

@@ -5,7 +5,6 @@
 
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace harbor {

@@ -95,15 +95,12 @@ inline std::string patternOf(std::size_t size)
 
 class HttpTransportTest : public testing::Test {
 protected:
-    HttpResponse send(HttpRequest request, std::stop_token stop = {})
-    {
-        return runToEnd(context, transport.send(std::move(request), stop));
-    }
+    HttpResponse send(HttpRequest request) { return runToEnd(context, transport.send(std::move(request))); }
     /// The text of the failure, which must be a `connectionFailed`.
-    std::string failureOf(HttpRequest request, std::stop_token stop = {})
+    std::string failureOf(HttpRequest request)
     {
         try {
-            send(std::move(request), stop);
+            send(std::move(request));
         } catch (SyncError const& error) {
             EXPECT_EQ(error.kind(), SyncError::Case::connectionFailed);
             return error.what();
