@@ -18,8 +18,10 @@ asio::thread_pool& pool()
 {
 #ifdef __GLIBC__
     // A run wanders from thread to thread, and with a heap for each of them what one has freed is of no use
-    // to the next: the lists of 100,000 files would take twice the memory.
-    [[maybe_unused]] static auto const oneHeap = ::mallopt(M_ARENA_MAX, 1);
+    // to the next: the lists of 100,000 files would take twice the memory. With a single one the threads that
+    // rewrite a dump wait for each other.
+    constexpr auto heaps = 2;
+    [[maybe_unused]] static auto const fewHeaps = ::mallopt(M_ARENA_MAX, heaps);
 #endif
     // Never destroyed: a task that is still waiting at exit must not be torn down while its objects are.
     static auto* const shared = new asio::thread_pool(threadCount);
