@@ -198,6 +198,8 @@ int main(int argumentCount, char** arguments)
         printDecoding(arguments[2]);
         return 0;
     }
+    // In memory: a bundle is flushed to its disk at the end, which tar does not do.
+    ::setenv("TMPDIR", "/dev/shm", 1);
     TemporaryDirectory const folder("twkb-bench-");
     auto good = compareHash(folder.path());
     good = compareBundle(folder.path()) && good;
