@@ -190,9 +190,11 @@ ChildProcess::ChildProcess(
     , pidfd_(executor)
 {
     // The number cannot belong to another process yet: only we can reap this child.
+    boost::system::error_code failure;
     pidfdNumber_ = ::pidfd_open(pid_, 0);
-    boost::system::error_code failure(errno, boost::system::system_category());
-    if (pidfdNumber_ >= 0)
+    if (pidfdNumber_ < 0)
+        failure.assign(errno, boost::system::system_category());
+    else
         pidfd_.assign(pidfdNumber_, failure);
     if (failure) {
         ::kill(pid_, SIGKILL);

@@ -13,7 +13,7 @@
 #include <mutex>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
-#include <system_error>
+#include <stdexcept>
 #include <unistd.h>
 
 namespace harbor {
@@ -157,9 +157,7 @@ OutputStream ShellRunner::stream(
         Pipe pipe;
         state->pipe.assign(pipe.takeReadEnd());
         state->child.emplace(state->executor, launch, pipe.writeEnd(), pipe.writeEnd());
-    } catch (std::system_error const&) {
-        return OutputStream(nullptr);
-    } catch (boost::system::system_error const&) {
+    } catch (std::runtime_error const&) {  // Of the system, whether the standard library or Boost tells it.
         return OutputStream(nullptr);
     }
     spawn(state->executor, readPipe(state));
